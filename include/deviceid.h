@@ -1,0 +1,136 @@
+/*
+ * deviceid: one stable text for the PC that the host application runs on.
+ *
+ * Five plain functions, callable from C89 to C++20 and from anything that can call C. They may be
+ * called from any thread, also at the same time. The library keeps no pointer to a host's buffer
+ * after a call returns, starts no threads and needs no call before or after use.
+ */
+#ifndef DEVICEID_H
+#define DEVICEID_H
+
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define DEVICEID_CALL __cdecl
+#if defined(DEVICEID_BUILDING_LIBRARY)
+#define DEVICEID_API __declspec(dllexport)
+#else
+#define DEVICEID_API __declspec(dllimport)
+#endif
+#else
+#define DEVICEID_CALL
+#if defined(DEVICEID_BUILDING_LIBRARY)
+#define DEVICEID_API __attribute__((visibility("default")))
+#else
+#define DEVICEID_API
+#endif
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Result of every function that yields an id. The value 2 is not assigned. */
+enum DeviceIdResult {
+  /* The whole id and its terminator were copied. The log was copied as far as it fits. */
+  DEVICEID_SUCCESS = 0,
+  /*
+   * There is an id, but the id buffer is smaller than the id and its terminator. The buffer holds
+   * the start of the id, zero-terminated, or is untouched when its size is 0. The log was copied as
+   * far as it fits, and what the call stores was stored.
+   */
+  DEVICEID_BUFFER_TOO_SMALL = 1,
+  /*
+   * A failure that the library could name. The log ends in the line that tells it. The id buffer is
+   * untouched as a rule; it holds a complete id if format 1.6 failed while saving it.
+   */
+  DEVICEID_STANDARD_FAILURE = 3,
+  /*
+   * Any other failure, with a log as above; or, without any copy of the log, the end of a call for
+   * format 2.0 that found no way to an id that it may give out. The id buffer is then untouched.
+   */
+  DEVICEID_UNEXPECTED_FAILURE = 4,
+  /* The id buffer is a null pointer. Nothing was done. */
+  DEVICEID_NO_DEVICE_ID_BUFFER = 5,
+  /* The format text is none of the supported ones. Nothing was done. */
+  DEVICEID_UNSUPPORTED_VERSION = 6,
+  /* The format text is a null pointer or empty. Nothing was done. */
+  DEVICEID_NO_VERSION = 7,
+  /*
+   * RecheckHardwareId or GetHardwareIdMod was called with a format below 2.0. Nothing was done but
+   * for the log, which holds the one line that says so.
+   */
+  DEVICEID_NOT_SUPPORTED_WITH_VERSION = 8
+};
+
+/* Flags of GetHardwareIdMod, to be combined with |. Other bits are ignored. */
+enum DeviceIdFlag {
+  /* Compare the hardware with the stored record also when that is younger than ten days. */
+  DEVICEID_SKIP_DATE_CHECK = 1,
+  /* Treat the hardware as unreadable where an id is made from it. */
+  DEVICEID_FORCE_RANDOM_HID = 2,
+  /*
+   * Take the hardware ids that are stored and compared from the file "hardware_ids.emulated" in the
+   * common folder. The id itself is still made from the real hardware.
+   */
+  DEVICEID_USE_EMULATED_HARDWARE_IDS = 4
+};
+
+/*
+ * Sizes in bytes, terminator included: of an id buffer that takes the id of every format, and of a
+ * log buffer that takes the log of an ordinary call whole.
+ */
+enum DeviceIdSize { DEVICEID_ID_SIZE = 41, DEVICEID_LOG_SIZE = 65536 };
+
+/*
+ * Gives the id of this machine in the format `version`.
+ *
+ * deviceId      receives the id, zero-terminated: 40 characters, or 36 for format "1.0". Not null.
+ * deviceIdSize  capacity of `deviceId` in bytes, terminator included; DEVICEID_ID_SIZE always fits.
+ * version       "1.0", "1.1", "1.2", "1.4", "1.5", "1.6" or "2.0", zero-terminated, exactly so.
+ * log           receives the log of this call, zero-terminated, cut if it does not fit. May be
+ *               null; then nothing is logged and `logSize` is not looked at.
+ * logSize       capacity of `log` in bytes, terminator included. 0 leaves `log` untouched.
+ *
+ * Returns a DeviceIdResult. All buffers belong to the host; those that a result does not name as
+ * written stay untouched. A short log buffer never changes the result.
+ */
+DEVICEID_API int DEVICEID_CALL GetHardwareId(char* deviceId, uint32_t deviceIdSize,
+                                             const char* version, char* log, uint32_t logSize);
+
+/*
+ * The same as GetHardwareId, with the format as a number: 10, 11, 12, 14, 15, 16 or 20. Any other
+ * number counts as no format and gives DEVICEID_NO_VERSION (or DEVICEID_NO_DEVICE_ID_BUFFER when
+ * `deviceId` is null).
+ */
+DEVICEID_API int DEVICEID_CALL GetHardwareIdEx(char* deviceId, uint32_t deviceIdSize,
+                                               int versionCode, char* log, uint32_t logSize);
+
+/*
+ * The same as GetHardwareId for format "2.0", steered by `flags`, an | of DeviceIdFlag. A supported
+ * format below 2.0 gives DEVICEID_NOT_SUPPORTED_WITH_VERSION. In its log lines this function is
+ * called GetHardwareIdEmulated.
+ */
+DEVICEID_API int DEVICEID_CALL GetHardwareIdMod(char* deviceId, uint32_t deviceIdSize,
+                                                const char* version, char* log, uint32_t logSize,
+                                                uint32_t flags);
+
+/*
+ * The same as GetHardwareId for format "2.0", but compares the hardware with the stored record
+ * whatever the record's age. A supported format below 2.0 gives
+ * DEVICEID_NOT_SUPPORTED_WITH_VERSION.
+ */
+DEVICEID_API int DEVICEID_CALL RecheckHardwareId(char* deviceId, uint32_t deviceIdSize,
+                                                 const char* version, char* log, uint32_t logSize);
+
+/*
+ * Returns the version of the library as a constant zero-terminated text, for example "2.0.0". It
+ * stays valid while the library is loaded and is not to be freed. It is not an id format.
+ */
+DEVICEID_API const char* DEVICEID_CALL GetHIDVersion(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* DEVICEID_H */

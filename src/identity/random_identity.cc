@@ -1,0 +1,19 @@
+#include "identity/random_identity.h"
+
+#include <cstdint>
+
+namespace system_info {
+
+std::string MakeRandomHardwareString() {
+  std::random_device source;
+  std::mt19937 generator(source());
+  return RandomHardwareStringFrom(generator);
+}
+
+std::string RandomHardwareStringFrom(std::mt19937& generator) {
+  // Standard libraries differ in how their distributions use an output; masking one is the same
+  // uniform draw everywhere.
+  return std::to_string(static_cast<std::uint32_t>(generator()) & 0x7fffffffu);
+}
+
+}  // namespace system_info

@@ -1,0 +1,60 @@
+#include "storage/device_id_files.h"
+
+#include "identity/device_id.h"
+
+namespace system_info {
+namespace {
+
+enum class Source { kCommon, kUser, kNone };
+
+void MoveToCommonFolder(OSManager& manager, HIDLog& log, const std::string& id,
+                        const HidFormatVersion& version) {
+  if (manager.WriteCommonDeviceId(id, version)) {
+    manager.DeleteUserDeviceId(version);
+  } else {
+    log.Write("Unable to write in common dir", LogLevel::Error);
+  }
+}
+
+Source ReadEitherCopy(OSManager& manager, HIDLog& log, std::string& id,
+                      const HidFormatVersion& version) {
+  if (manager.ReadCommonDeviceId(id, version) && !id.empty()) {
+    log.Write("HID was loaded from common file: " + id, LogLevel::Info);
+    return Source::kCommon;
+  }
+  if (manager.ReadUserDeviceId(id, version) && !id.empty()) {
+    log.Write("HID was loaded from user file: " + id, LogLevel::Info);
+    MoveToCommonFolder(manager, log, id, version);
+    return Source::kUser;
+  }
+  log.Write("Can not load HID from common and user directory", LogLevel::Info);
+  return Source::kNone;
+}
+
+}  // namespace
+
+bool LoadDeviceId(const std::unique_ptr<OSManager>& manager, const std::shared_ptr<HIDLog>& log,
+                  std::string& id, const HidFormatVersion& version) {
+  const Source source = ReadEitherCopy(*manager, *log, id, version);
+  if (!IsValidDeviceId(id)) {
+    log->Write("Device id version " + version.ToString() + " is incorrect.", LogLevel::Info);
+    return false;
+  }
+  // Only now: a user copy must not be lost to a common copy that holds no id.
+  if (source == Source::kCommon) manager->DeleteUserDeviceId(version);
+  return source != Source::kNone;
+}
+
+void SaveDeviceId(const std::unique_ptr<OSManager>& manager, const std::shared_ptr<HIDLog>& log,
+                  const std::string& id, const HidFormatVersion& version) {
+  if (manager->WriteCommonDeviceId(id, version)) {
+    manager->DeleteUserDeviceId(version);
+    return;
+  }
+  log->Write("Unable to write in common dir", LogLevel::Error);
+  if (!manager->WriteUserDeviceId(id, version)) {
+    log->Write("Unable to write in user dir", LogLevel::Error);
+  }
+}
+
+}  // namespace system_info

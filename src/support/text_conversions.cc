@@ -1,0 +1,43 @@
+#include "support/text_conversions.h"
+
+#include <algorithm>
+#include <array>
+#include <cwchar>
+
+#include "platform/windows_api.h"
+
+namespace system_info {
+namespace {
+
+constexpr std::size_t kMaxLength = 4096;
+
+// A conversion that fills the buffer leaves no terminator in it.
+template <typename Char>
+std::basic_string<Char> UpToZero(const std::array<Char, kMaxLength>& buffer) {
+  return {buffer.begin(), std::find(buffer.begin(), buffer.end(), Char{})};
+}
+
+}  // namespace
+
+// In both functions the name of the conversion stands in parentheses, which keeps the lookup inside
+// this namespace first: where the platform door brings a conversion of its own, that one is meant.
+
+std::string ToNarrow(const std::wstring& source) {
+  if (source.size() >= kMaxLength) return {};
+  std::array<char, kMaxLength> buffer = {};
+  std::mbstate_t state = {};
+  const wchar_t* rest = source.c_str();
+  (wcsrtombs)(buffer.data(), &rest, buffer.size(), &state);
+  return UpToZero(buffer);
+}
+
+std::wstring ToWide(const std::string& source) {
+  if (source.size() >= kMaxLength) return {};
+  std::array<wchar_t, kMaxLength> buffer = {};
+  std::mbstate_t state = {};
+  const char* rest = source.c_str();
+  (mbsrtowcs)(buffer.data(), &rest, buffer.size(), &state);
+  return UpToZero(buffer);
+}
+
+}  // namespace system_info
