@@ -6,6 +6,7 @@ export LC_ALL=C
 tool=$1/deviceid
 work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT
+export XDG_DATA_HOME=$work/share
 failures=0
 
 # expect STATUS STDOUT STDERR ARGUMENT...: the texts are patterns for all that is printed.
@@ -42,4 +43,10 @@ for arguments in '--format 1.5' '--format 1.5 --json' --help; do
     stderr=$("$tool" $arguments 2>&1 >/dev/full)
     [[ $? == 74 && $stderr =~ ^($line)$ ]] || failures=$((failures + 1))
 done
+
+formats=(1.0 1.1 1.2 1.4 1.5)
+for format in "${formats[@]}"; do
+    "$tool" --format "$format" --log 2>&1
+    echo "= $?"
+done | "$(dirname "$0")/check_ids.py" "${formats[@]}" || failures=$((failures + 1))
 exit $((failures > 0))

@@ -83,6 +83,16 @@ int Answer(const Request& request, Serve serve) noexcept {
   return static_cast<int>(result);
 }
 
+int AnswerInAnyFormat(const Request& request) noexcept {
+  return Answer(request, [&](HidFormatVersion version, const std::shared_ptr<HIDLog>& log) {
+    return RunLogged("GetHardwareId", request, log, [&](const std::unique_ptr<OSManager>& manager) {
+      if (version >= kFirstWithRecord) return HidResult::UnexpectedFailure;
+      return ResolveLegacyDeviceId(manager, log, version, request.device_id, request.device_id_size,
+                                   request.log, request.log_size);
+    });
+  });
+}
+
 // A request that exists for formats with a record only.
 int AnswerWithRecord(const char* name, const Request& request) noexcept {
   return Answer(request, [&](HidFormatVersion version, const std::shared_ptr<HIDLog>& log) {
@@ -126,14 +136,7 @@ const char* VersionText(int code) {
 
 int GetHardwareId(char* deviceId, uint32_t deviceIdSize, const char* version, char* log,
                   uint32_t logSize) {
-  using namespace system_info;
-  const Request request = {deviceId, deviceIdSize, version, log, logSize};
-  return Answer(request, [&](HidFormatVersion parsed, const std::shared_ptr<HIDLog>& call_log) {
-    return RunLogged("GetHardwareId", request, call_log, [&](const auto& manager) {
-      if (parsed >= kFirstWithRecord) return HidResult::UnexpectedFailure;
-      return ResolveLegacyDeviceId(manager, call_log, parsed, deviceId, deviceIdSize, log, logSize);
-    });
-  });
+  return system_info::AnswerInAnyFormat({deviceId, deviceIdSize, version, log, logSize});
 }
 
 int GetHardwareIdEx(char* deviceId, uint32_t deviceIdSize, int versionCode, char* log,

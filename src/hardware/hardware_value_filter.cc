@@ -19,7 +19,7 @@ constexpr std::array<std::wstring_view, 3> kPlaceholders = {
 // Values are texts of 16-bit characters also where wchar_t is wider. tolower is defined for one
 // byte only, and a character beyond that has no other case in any locale it knows.
 wchar_t FoldCharacter(wchar_t character) {
-  const auto unit = static_cast<std::uint16_t>(character);
+  const auto unit = static_cast<std::uint16_t>(static_cast<std::uint32_t>(character));
   if (unit > 0xff) return static_cast<wchar_t>(unit);
   return static_cast<wchar_t>(static_cast<std::uint16_t>(std::tolower(unit)));
 }

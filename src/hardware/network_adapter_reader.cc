@@ -98,7 +98,8 @@ bool WindowsOSManager::GetNetworkAdapters(AdapterMap& adapters, std::string& fir
     const std::string name = FieldText(record->AdapterName);
     const std::string address = FormatMacAddress(record->Address);
     adapters[name] = address;
-    list += name + ": " + address + ": " + FieldText(record->Description) + "\n";
+    list.append(name).append(": ").append(address).append(": ");
+    list.append(FieldText(record->Description)).append("\n");
     if (first_adapter_name.empty()) first_adapter_name = name;
   }
   log_->Write(list, LogLevel::Debug);

@@ -129,7 +129,8 @@ void Md5Digest::Transform(const std::uint8_t* block) {
   for (std::uint32_t step = 0; step < 64; ++step) {
     const std::uint32_t round = step / 16;
     const std::uint32_t word = (kFirstWord[round] + kWordStride[round] * step) % 16;
-    const std::uint32_t sum = a + Mix(round, b, c, d) + LoadWord(block + 4 * word) + kSines[step];
+    const std::uint32_t sum =
+        a + Mix(round, b, c, d) + LoadWord(block + std::size_t{4} * word) + kSines[step];
     a = d;
     d = c;
     c = b;

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -18,6 +19,7 @@ constexpr char kDefaultFormat[] = "1.6";
 
 // Exit statuses beside the results of the library, which has no result 2.
 constexpr int kWrongUsage = 2;
+constexpr int kFailed = 70;
 constexpr int kWriteFailed = 74;
 
 struct ResultText {
@@ -175,6 +177,7 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): only a complaint about a failure can fail here
 int main(int argc, char** argv) {
   Arguments arguments;
   CLI::App app("Prints the id of this PC.", "deviceid");
@@ -188,5 +191,10 @@ int main(int argc, char** argv) {
     Complain(std::string(error.what()) + " (see deviceid --help)");
     return kWrongUsage;
   }
-  return Run(arguments);
+  try {
+    return Run(arguments);
+  } catch (const std::exception& failure) {
+    Complain(failure.what());
+    return kFailed;
+  }
 }

@@ -54,7 +54,8 @@ struct GUID {
   friend bool operator==(const GUID&, const GUID&) = default;
 };
 
-// Every handle that is not valid has this value, whatever it would open.
-#define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)))
+// Every handle that is not valid has this value, whatever it would open. A number as on Windows.
+// NOLINTNEXTLINE(performance-no-int-to-ptr,misc-misplaced-const)
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
 
 #endif  // DEVICEID_PLATFORM_POSIX_BASE_TYPES_H_

@@ -47,7 +47,7 @@ std::optional<std::string> SystemUuid(const std::string& root) {
 std::optional<std::string> SystemSerial(const std::string& root, const LinuxMounts& mounts) {
   for (const std::string path : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
     if (mounts.IsVolatile(path)) continue;
-    const auto id = OnlyRealUuid(ReadValue(root + path));
+    auto id = OnlyRealUuid(ReadValue(root + path));
     if (id && *id != "uninitialized") return id;
   }
   return std::nullopt;

@@ -16,7 +16,8 @@ constexpr long kAddressDrawnAtRandom = 1;
 std::optional<std::array<std::uint8_t, 6>> ParseAddress(const std::string& text) {
   std::array<unsigned, 6> parts = {};
   int length = 0;
-  const int count = std::sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%n", &parts[0], &parts[1],
+  // NOLINTNEXTLINE(cert-err34-c): two digits always fit
+  const int count = std::sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%n", parts.data(), &parts[1],
                                 &parts[2], &parts[3], &parts[4], &parts[5], &length);
   if (count != 6 || text.size() != 17 || length != 17) return std::nullopt;
   std::array<std::uint8_t, 6> address = {};
@@ -32,6 +33,7 @@ std::optional<PciAddress> FindPciAddress(const std::filesystem::path& device) {
     PciAddress address;
     auto& [domain, bus, slot, function] = address;
     const std::string name = folder.filename();
+    // NOLINTNEXTLINE(cert-err34-c): the kernel writes these names
     if (std::sscanf(name.c_str(), "%x:%x:%x.%x", &domain, &bus, &slot, &function) == 4) {
       return address;
     }

@@ -1,0 +1,40 @@
+# Sourced by ./run and ./test.
+
+# need_packages PACKAGE...: makes sure that the Debian packages are there. As root it installs those
+# that are missing; otherwise it names the one command that does, and ends the script. All output
+# goes to standard error.
+need_packages() {
+    local package missing=()
+    command -v dpkg-query >/dev/null || return 0 # not Debian: the build says what it misses
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q ' installed$' ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    if [ "$(id -u)" -ne 0 ]; then
+        echo "$0: packages are missing; run: sudo apt-get install ${missing[*]}" >&2
+        exit 1
+    fi
+    {
+        apt-get update
+        DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+    } >&2
+}
+
+# The host program and what it is built from.
+readonly build_packages=(cmake ninja-build g++ libc6-dev libcli11-dev nlohmann-json3-dev)
+
+# What the tests need beside that.
+readonly test_packages=(
+    libgtest-dev libgmock-dev python3 clang clang-format clang-tidy
+    g++-mingw-w64-i686 binutils-mingw-w64-i686 debootstrap util-linux
+)
+
+# build_preset NAME [TARGET...]: configures and builds one preset.
+build_preset() {
+    local preset=$1 target targets=()
+    shift
+    for target in "$@"; do targets+=(--target "$target"); done
+    [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" -Wno-dev
+    cmake --build --preset "$preset" "${targets[@]}"
+}

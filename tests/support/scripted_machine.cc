@@ -1,0 +1,159 @@
+#include "support/scripted_machine.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+
+#include "log_entries.h"
+
+namespace system_info {
+namespace {
+
+constexpr const wchar_t* kIpEnabled = L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE";
+constexpr const wchar_t* kHardwareAdapter =
+    L"Win32_NetworkAdapter WHERE Manufacturer != 'Microsoft' AND NOT PNPDeviceID LIKE 'ROOT%\\\\'";
+
+constexpr char kUntouched[] = "<untouched>";
+
+template <typename Call>
+Reply CallWithBuffers(Call call) {
+  char id[64] = "<untouched>";
+  std::vector<char> log(1 << 20);
+  std::copy(std::begin(kUntouched), std::end(kUntouched), log.begin());
+  Reply reply;
+  reply.result = call(id, static_cast<std::uint32_t>(sizeof(id)), log.data(),
+                      static_cast<std::uint32_t>(log.size()));
+  reply.id = id;
+  reply.log = log.data();
+  return reply;
+}
+
+}  // namespace
+
+ScriptedMachine::ScriptedMachine() : ticks(1'700'000'000LL * 10'000'000) {
+  wmi[L"Win32_ComputerSystemProduct"] = {
+      {{L"UUID", L"4C4C4544-0042-3510-8052-B4C04F4E3732"}, {L"IdentifyingNumber", L"PF0XYZ"}}};
+  wmi[L"Win32_OperatingSystem"] = {{{L"SerialNumber", L"00330-80000-00000-AA123"}}};
+  wmi[L"win32_logicaldisk WHERE deviceid=\"C:\""] = {{{L"VolumeSerialNumber", L"1234ABCD"}}};
+  wmi[L"Win32_BaseBoard"] = {{{L"SerialNumber", L"BOARD7"}}};
+  wmi[kIpEnabled] = {{{L"MACAddress", L"00:50:56:C0:00:01"}}};
+  wmi[kHardwareAdapter] = {{{L"MACAddress", L"00:50:56:C0:00:02"}}};
+  adapters = {{"{VPN}", "Tunnel", {0x02, 0, 0, 0, 0, 0x01}},
+              {"{NIC}", "Onboard", {0x00, 0x1a, 0x2b, 0xc3, 0xd4, 0x0f}}};
+  pci_devices = {{true, "{NIC}", "Gigabit Adapter", "Ethernet Controller"}};
+
+  std::string pattern = (std::filesystem::temp_directory_path() / "deviceid-XXXXXX").string();
+  folder_ = mkdtemp(pattern.data());
+  common_root = folder_ + "/common";
+  user_root = folder_ + "/user";
+  std::filesystem::create_directory(*common_root);
+  std::filesystem::create_directory(*user_root);
+  SetPresentMachine(this);
+}
+
+ScriptedMachine::~ScriptedMachine() {
+  SetPresentMachine(nullptr);
+  std::filesystem::remove_all(folder_);
+}
+
+void ScriptedMachine::Fail(PlatformCall call, std::uint32_t code, const std::string& subject) {
+  failures_.push_back({call, code, subject});
+}
+
+void ScriptedMachine::LoseHardware() {
+  wmi.clear();
+  adapters.clear();
+  pci_devices.clear();
+}
+
+void ScriptedMachine::Set(const wchar_t* class_text, const wchar_t* property, WmiValue value) {
+  wmi[class_text].at(0)[property] = std::move(value);
+}
+
+std::string ScriptedMachine::Common(const std::string& name) const {
+  return folder_ + "/common/BrindleQuayWorks/" + name;
+}
+std::string ScriptedMachine::User(const std::string& name) const {
+  return folder_ + "/user/BrindleQuayWorks/" + name;
+}
+std::string ScriptedMachine::OldCommon(const std::string& name) const {
+  return folder_ + "/common/Fennel/" + name;
+}
+std::string ScriptedMachine::OldUser(const std::string& name) const {
+  return folder_ + "/user/Fennel/" + name;
+}
+
+std::vector<std::string> ScriptedMachine::Seen(PlatformCall call) const {
+  std::vector<std::string> subjects;
+  for (const auto& [seen, subject] : seen_) {
+    if (seen == call) subjects.push_back(subject);
+  }
+  return subjects;
+}
+
+std::vector<WmiRow> ScriptedMachine::QueryWmi(const std::wstring& class_text) {
+  const auto rows = wmi.find(class_text);
+  return rows == wmi.end() ? std::vector<WmiRow>() : rows->second;
+}
+
+std::optional<std::uint32_t> ScriptedMachine::FailureOf(PlatformCall call,
+                                                        std::string_view subject) {
+  {
+    const std::lock_guard lock(mutex_);
+    seen_.emplace_back(call, subject);
+  }
+  if (on_call) {
+    if (const auto code = on_call(call, subject)) return code;
+  }
+  for (const Failure& failure : failures_) {
+    const bool meant = subject.find(failure.subject) != std::string_view::npos;
+    if (failure.call == call && meant) return failure.code;
+  }
+  return std::nullopt;
+}
+
+std::vector<std::string> Reply::Lines() const {
+  std::vector<std::string> lines;
+  for (const LogEntry& entry : ParseLog(log)) {
+    lines.push_back("[" + entry.level + "] " + entry.message);
+  }
+  return lines;
+}
+
+std::ostream& operator<<(std::ostream& out, const Reply& reply) {
+  return out << "result " << reply.result << ", id " << reply.id << ", log:\n" << reply.log;
+}
+
+Reply GetId(const char* version) {
+  return CallWithBuffers([&](char* id, std::uint32_t id_size, char* log, std::uint32_t log_size) {
+    return GetHardwareId(id, id_size, version, log, log_size);
+  });
+}
+
+Reply Recheck(const char* version) {
+  return CallWithBuffers([&](char* id, std::uint32_t id_size, char* log, std::uint32_t log_size) {
+    return RecheckHardwareId(id, id_size, version, log, log_size);
+  });
+}
+
+Reply GetIdMod(const char* version, std::uint32_t flags) {
+  return CallWithBuffers([&](char* id, std::uint32_t id_size, char* log, std::uint32_t log_size) {
+    return GetHardwareIdMod(id, id_size, version, log, log_size, flags);
+  });
+}
+
+std::string ReadFileText(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return "<missing>";
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void WriteFileText(const std::string& path, const std::string& text) {
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+}  // namespace system_info

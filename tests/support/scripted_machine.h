@@ -1,0 +1,111 @@
+// A computer as a plain description, with a switch for every failure that a platform call can have,
+// and the calls of a host on it.
+
+#ifndef DEVICEID_TESTS_SUPPORT_SCRIPTED_MACHINE_H_
+#define DEVICEID_TESTS_SUPPORT_SCRIPTED_MACHINE_H_
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "deviceid.h"
+#include "platform/posix/machine.h"
+
+namespace system_info {
+
+// An ordinary PC with folders of its own below a temporary folder. It is the present machine from
+// its construction to its destruction.
+class ScriptedMachine : public Machine {
+ public:
+  ScriptedMachine();
+  ~ScriptedMachine() override;
+
+  // From class text to rows; a class text that is not here has no rows.
+  std::map<std::wstring, std::vector<WmiRow>> wmi;
+  std::vector<NetworkAdapter> adapters;
+  std::vector<PciNetworkDevice> pci_devices;
+  std::wstring windows_folder = L"C:\\Windows";
+  std::optional<std::string> common_root;
+  std::optional<std::string> user_root;
+  std::int64_t ticks;
+
+  // Sees every platform call that can fail; a value makes it fail. It may also throw.
+  std::function<std::optional<std::uint32_t>(PlatformCall, std::string_view)> on_call;
+
+  // Makes `call` fail with `code` from now on, where its subject holds `subject`.
+  void Fail(PlatformCall call, std::uint32_t code, const std::string& subject = "");
+  void Recover() { failures_.clear(); }
+
+  // No hardware value can be read any more.
+  void LoseHardware();
+
+  // Sets the value of a property of the first row of a class.
+  void Set(const wchar_t* class_text, const wchar_t* property, WmiValue value);
+
+  // Paths below "BrindleQuayWorks", or below the old folder.
+  std::string Common(const std::string& name) const;
+  std::string User(const std::string& name) const;
+  std::string OldCommon(const std::string& name) const;
+  std::string OldUser(const std::string& name) const;
+
+  // The calls that the library made, each as its subject, in order.
+  std::vector<std::string> Seen(PlatformCall call) const;
+
+  std::vector<WmiRow> QueryWmi(const std::wstring& class_text) override;
+  std::vector<NetworkAdapter> NetworkAdapters() override { return adapters; }
+  std::vector<PciNetworkDevice> PciNetworkDevices() override { return pci_devices; }
+  std::wstring WindowsFolder() override { return windows_folder; }
+  std::optional<std::string> CommonRoot() override { return common_root; }
+  std::optional<std::string> UserRoot() override { return user_root; }
+  std::int64_t PresentTicks() override { return ticks; }
+  std::optional<std::uint32_t> FailureOf(PlatformCall call, std::string_view subject) override;
+
+ private:
+  struct Failure {
+    PlatformCall call;
+    std::uint32_t code;
+    std::string subject;
+  };
+
+  std::string folder_;
+  std::vector<Failure> failures_;
+  mutable std::mutex mutex_;
+  std::vector<std::pair<PlatformCall, std::string>> seen_;
+};
+
+// What a host got back.
+struct Reply {
+  int result = -1;
+  std::string id;   // "<untouched>" if the buffer is.
+  std::string log;  // Likewise.
+
+  // The entries without their times: "[Debug] Execute GetHardwareId, version 1.5".
+  std::vector<std::string> Lines() const;
+};
+std::ostream& operator<<(std::ostream& out, const Reply& reply);
+
+Reply GetId(const char* version);
+Reply Recheck(const char* version);
+Reply GetIdMod(const char* version, std::uint32_t flags);
+
+// The whole file, or "<missing>".
+std::string ReadFileText(const std::string& path);
+// Makes the folders above it, too.
+void WriteFileText(const std::string& path, const std::string& text);
+
+// Ends by asking that nothing of the platform is left over.
+class MachineTest : public testing::Test {
+ protected:
+  void TearDown() override { EXPECT_TRUE(CountLiveObjects() == LiveObjects{}); }
+
+  ScriptedMachine pc;
+};
+
+}  // namespace system_info
+
+#endif  // DEVICEID_TESTS_SUPPORT_SCRIPTED_MACHINE_H_

@@ -1,0 +1,112 @@
+#!/bin/bash
+# Runs 32-bit Windows programs in Wine, in a small Debian that fills a folder of its own:
+# $DEVICEID_WINE_ROOT, or build/wine32 of this repository.
+#
+#   wine_root.sh why-not   is silent, or fails with one line that tells why it cannot work here
+#   wine_root.sh setup     makes the folder, if it is not there yet
+#   wine_root.sh run [--serial HEX8] [--file PATH TEXT]... [--no-network] PROGRAM [ARGUMENT...]
+#
+# PROGRAM, an .exe or .bat file, runs in C:\deviceid among copies of the .exe and .dll files beside
+# it. Every run is a PC of its own: files, registry and processes end with it, and several can run
+# at a time. --serial sets the volume serial of C:. --file writes a file of the Debian first: C: is
+# /wine/drive_c, the other serials are /sys/class/dmi/id/{product,board}_serial.
+set -euo pipefail
+
+self=$(realpath "$0")
+root=$(realpath -m "${DEVICEID_WINE_ROOT:-$(dirname "$self")/../../build/wine32}")
+pc=/run/pc
+
+fail() { echo "wine_root.sh: $*" >&2 && exit 1; }
+
+# Calls a function of this file. Its mounts and processes end with it, however it ends: no delete of
+# the folder can reach the host's /dev, and no Wine server stays behind.
+isolated() { exec unshare --mount --pid --fork --kill-child "$self" inside "$@"; }
+
+why_not() {
+    [[ $(id -u) == 0 ]] || fail "only root can run Windows programs"
+    [[ $(uname -m) == @(x86_64|i?86) ]] || fail "a $(uname -m) machine runs no 32-bit x86 programs"
+    local keys=/usr/share/keyrings/debian-archive-keyring.gpg
+    [[ -e $root/.ready || -x /usr/sbin/debootstrap && -e $keys ]] ||
+        fail "the package debootstrap or debian-archive-keyring is missing"
+    (isolated make_pc "$(dirname "$self")") > /dev/null 2>&1 ||
+        fail "private mounts are not permitted here (unshare, tmpfs, overlay)"
+}
+
+setup() {
+    [[ ! -e $root/.ready ]] || return 0
+    # The lock file also tells a half made folder from one that is not ours to delete.
+    [[ -e $root.lock || -z $(ls -A "$root" 2> /dev/null) ]] || fail "$root holds something else"
+    mkdir -p "$root"
+    exec 9> "$root.lock"
+    flock 9
+    [[ ! -e $root/.ready ]] || return 0
+    echo "Making $root, once: it takes a minute or two and 1.4 GB" >&2
+    (isolated make_root) > "$root.log" 2>&1 || fail "cannot make $root, see $root.log"
+}
+
+make_root() {
+    rm -rf --one-file-system "$root"
+    mkdir "$root"
+    # debootstrap cannot work in a folder with a blank in its path.
+    pc=/mnt
+    mount --bind "$root" "$pc"
+    # What serves apt serves debootstrap: its proxies, and its mirror if this is a Debian.
+    eval "$(apt-config shell http_proxy Acquire::http::Proxy https_proxy Acquire::https::Proxy)"
+    export http_proxy https_proxy
+    # shellcheck disable=SC1091,SC2016
+    mapfile -t mirror < <(source /etc/os-release
+        apt-get indextargets --format 'debian $(RELEASE) $(COMPONENT) $(REPO_URI)' |
+            sed -n "s/^$ID ${VERSION_CODENAME:-sid} main //p" | head -n 1)
+    # Wine comes with the base system, so that nothing inside the folder needs a network.
+    debootstrap --arch=i386 --variant=minbase --include=wine,wine32 bookworm "$pc" "${mirror[@]}"
+    rm -rf "$pc"/var/{cache/apt,lib/apt/lists}
+    enter_pc / sh -c "wineboot -i && wineserver -w"
+    touch "$pc/.ready"
+}
+
+# Shows a folder as $pc, under a layer of memory that takes all changes.
+make_pc() {
+    mount -t tmpfs tmpfs /run
+    mkdir /run/{lower,upper,work,pc}
+    mount --bind "$1" /run/lower
+    mount -t overlay -o lowerdir=/run/lower,upperdir=/run/upper,workdir=/run/work overlay "$pc"
+}
+
+# Without Wine's debugger, which makes status 0 of a crash.
+enter_pc() {
+    mount -t proc proc "$pc/proc"
+    mount --bind /dev "$pc/dev"
+    chroot "$pc" env -i --chdir="$1" PATH=/usr/bin:/bin HOME=/root USER=root WINEPREFIX=/wine \
+        WINEARCH=win32 WINEDEBUG=-all WINEDLLOVERRIDES=winedbg.exe=d "${@:2}"
+}
+
+run() {
+    local home=/wine/drive_c/deviceid dmi=$pc/sys/class/dmi/id start=(wine) name
+    make_pc "$root"
+    # Wine overlooks a serial number if one of the texts that stand before it is missing.
+    mkdir -p "$pc$home" "$dmi"
+    for name in sys_vendor product_{name,version,serial} board_{vendor,name,version,serial}; do
+        echo "Test $name" > "$dmi/$name"
+    done
+    while [[ ${1:-} == --* ]]; do
+        case $1 in
+            --serial) set -- --file /wine/drive_c/.windows-serial "${@:2}" ;;
+            --file) mkdir -p "$(dirname "$pc$2")"; echo "$3" > "$pc$2"; shift 3 ;;
+            --no-network) start=(unshare --net wine); shift ;;
+            *) fail "no option $1" ;;
+        esac
+    done
+    [[ ${1:?PROGRAM is missing} != *.bat ]] || start+=(cmd /c)
+    find "$(dirname "$1")" -maxdepth 1 \( -name '*.exe' -o -name '*.dll' -o -samefile "$1" \) \
+        -exec cp -t "$pc$home" {} +
+    enter_pc "$home" "${start[@]}" "$(basename "$1")" "${@:2}"
+}
+
+case ${1:-} in
+    why-not) why_not 2>&1 ;;
+    setup) setup ;;
+    run) (setup); isolated run "${@:2}" ;;
+    # As anything but the first process of a namespace this would mount things on the host.
+    inside) [[ $$ == 1 ]] && "${@:2}" ;;
+    *) fail "usage: wine_root.sh why-not | setup | run [OPTION]... PROGRAM [ARGUMENT...]" ;;
+esac
