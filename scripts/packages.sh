@@ -27,7 +27,7 @@ readonly build_packages=(cmake ninja-build g++ libc6-dev libcli11-dev nlohmann-j
 # What the tests need beside that.
 readonly test_packages=(
     libgtest-dev libgmock-dev python3 clang clang-format clang-tidy
-    g++-mingw-w64-i686 binutils-mingw-w64-i686 debootstrap util-linux
+    g++-mingw-w64-i686 binutils-mingw-w64-i686 debootstrap iproute2 util-linux
 )
 
 # build_preset NAME [TARGET...]: configures and builds one preset.

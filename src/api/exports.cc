@@ -11,6 +11,7 @@
 #include "hardware/windows_os_manager.h"
 #include "identity/hid_result.h"
 #include "identity/legacy_resolution.h"
+#include "identity/resolution.h"
 #include "storage/folder_migration.h"
 #include "support/call_log.h"
 
@@ -18,6 +19,8 @@ namespace system_info {
 namespace {
 
 constexpr HidFormatVersion kFirstWithRecord(2, 0);
+
+constexpr std::uint32_t kNoFlags = 0;
 
 // The arguments that all requests have in common.
 struct Request {
@@ -83,10 +86,16 @@ int Answer(const Request& request, Serve serve) noexcept {
   return static_cast<int>(result);
 }
 
+HidResult Resolve(const std::unique_ptr<OSManager>& manager, const std::shared_ptr<HIDLog>& log,
+                  const Request& request, std::uint32_t flags) {
+  return ResolveDeviceId(manager, log, request.device_id, request.device_id_size, request.log,
+                         request.log_size, flags);
+}
+
 int AnswerInAnyFormat(const Request& request) noexcept {
   return Answer(request, [&](HidFormatVersion version, const std::shared_ptr<HIDLog>& log) {
     return RunLogged("GetHardwareId", request, log, [&](const std::unique_ptr<OSManager>& manager) {
-      if (version >= kFirstWithRecord) return HidResult::UnexpectedFailure;
+      if (version >= kFirstWithRecord) return Resolve(manager, log, request, kNoFlags);
       return ResolveLegacyDeviceId(manager, log, version, request.device_id, request.device_id_size,
                                    request.log, request.log_size);
     });
@@ -94,7 +103,7 @@ int AnswerInAnyFormat(const Request& request) noexcept {
 }
 
 // A request that exists for formats with a record only.
-int AnswerWithRecord(const char* name, const Request& request) noexcept {
+int AnswerWithRecord(const char* name, const Request& request, std::uint32_t flags) noexcept {
   return Answer(request, [&](HidFormatVersion version, const std::shared_ptr<HIDLog>& log) {
     if (version < kFirstWithRecord) {
       log->Write(std::string(name) + " is not supported with version " + version.ToString(),
@@ -102,8 +111,8 @@ int AnswerWithRecord(const char* name, const Request& request) noexcept {
       log->CopyTo(request.log, request.log_size);
       return HidResult::NotSupportedWithVersion;
     }
-    return RunLogged(name, request, log, [](const std::unique_ptr<OSManager>&) {
-      return HidResult::UnexpectedFailure;
+    return RunLogged(name, request, log, [&](const std::unique_ptr<OSManager>& manager) {
+      return Resolve(manager, log, request, flags);
     });
   });
 }
@@ -145,15 +154,16 @@ int GetHardwareIdEx(char* deviceId, uint32_t deviceIdSize, int versionCode, char
 }
 
 int GetHardwareIdMod(char* deviceId, uint32_t deviceIdSize, const char* version, char* log,
-                     uint32_t logSize, uint32_t /*flags*/) {
+                     uint32_t logSize, uint32_t flags) {
   return system_info::AnswerWithRecord("GetHardwareIdEmulated",
-                                       {deviceId, deviceIdSize, version, log, logSize});
+                                       {deviceId, deviceIdSize, version, log, logSize}, flags);
 }
 
 int RecheckHardwareId(char* deviceId, uint32_t deviceIdSize, const char* version, char* log,
                       uint32_t logSize) {
   return system_info::AnswerWithRecord("RecheckHardwareId",
-                                       {deviceId, deviceIdSize, version, log, logSize});
+                                       {deviceId, deviceIdSize, version, log, logSize},
+                                       system_info::SkipDateCheck);
 }
 
 const char* GetHIDVersion() { return DEVICEID_VERSION; }

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <ostream>
 
+#include "hardware/windows_os_manager.h"
 #include "log_entries.h"
 
 namespace system_info {
@@ -21,7 +22,7 @@ constexpr char kUntouched[] = "<untouched>";
 template <typename Call>
 Reply CallWithBuffers(Call call) {
   char id[64] = "<untouched>";
-  std::vector<char> log(1 << 20);
+  std::vector<char> log(1 << 17);
   std::copy(std::begin(kUntouched), std::end(kUntouched), log.begin());
   Reply reply;
   reply.result = call(id, static_cast<std::uint32_t>(sizeof(id)), log.data(),
@@ -29,6 +30,18 @@ Reply CallWithBuffers(Call call) {
   reply.id = id;
   reply.log = log.data();
   return reply;
+}
+
+template <typename Collection>
+Collection Collect(Collection (OSManager::*collect)(const HidFormatVersion&),
+                   HidFormatVersion version, std::string* log_text) {
+  const auto log = std::make_shared<HIDLog>();
+  WindowsOSManager manager(log);
+  Collection collection = (manager.*collect)(version);
+  std::vector<char> text(1 << 16);
+  log->CopyTo(text.data(), static_cast<std::uint32_t>(text.size()));
+  if (log_text != nullptr) *log_text = text.data();
+  return collection;
 }
 
 }  // namespace
@@ -51,16 +64,24 @@ ScriptedMachine::ScriptedMachine() : ticks(1'700'000'000LL * 10'000'000) {
   user_root = folder_ + "/user";
   std::filesystem::create_directory(*common_root);
   std::filesystem::create_directory(*user_root);
-  SetPresentMachine(this);
+  previous_ = SetPresentMachine(this);
 }
 
 ScriptedMachine::~ScriptedMachine() {
-  SetPresentMachine(nullptr);
+  SetPresentMachine(previous_);
   std::filesystem::remove_all(folder_);
 }
 
 void ScriptedMachine::Fail(PlatformCall call, std::uint32_t code, const std::string& subject) {
   failures_.push_back({call, code, subject});
+}
+
+void ScriptedMachine::At(PlatformCall call, const std::string& subject,
+                         const std::function<void()>& action) {
+  on_call = [=](PlatformCall seen, std::string_view about) -> std::optional<std::uint32_t> {
+    if (seen == call && about.find(subject) != std::string_view::npos) action();
+    return std::nullopt;
+  };
 }
 
 void ScriptedMachine::LoseHardware() {
@@ -143,6 +164,20 @@ Reply GetIdMod(const char* version, std::uint32_t flags) {
   return CallWithBuffers([&](char* id, std::uint32_t id_size, char* log, std::uint32_t log_size) {
     return GetHardwareIdMod(id, id_size, version, log, log_size, flags);
   });
+}
+
+HardwareIdString CollectString(HidFormatVersion version, std::string* log) {
+  return Collect(&OSManager::GetHardwareIdString, version, log);
+}
+
+HardwareIdSet CollectList(HidFormatVersion version, std::string* log) {
+  return Collect(&OSManager::GetHardwareIdList, version, log);
+}
+
+std::string WmiLine(const std::string& property, const std::string& class_text,
+                    const std::string& value) {
+  return "[Debug] WMI property \"" + property + "\" FOR CLASS \"" + class_text + "\" = \"" + value +
+         "\"";
 }
 
 std::string ReadFileText(const std::string& path) {

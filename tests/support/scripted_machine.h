@@ -14,12 +14,13 @@
 #include <vector>
 
 #include "deviceid.h"
+#include "hardware/os_manager.h"
 #include "platform/posix/machine.h"
 
 namespace system_info {
 
 // An ordinary PC with folders of its own below a temporary folder. It is the present machine from
-// its construction to its destruction.
+// its construction to its destruction, then the one before it is again.
 class ScriptedMachine : public Machine {
  public:
   ScriptedMachine();
@@ -40,6 +41,9 @@ class ScriptedMachine : public Machine {
   // Makes `call` fail with `code` from now on, where its subject holds `subject`.
   void Fail(PlatformCall call, std::uint32_t code, const std::string& subject = "");
   void Recover() { failures_.clear(); }
+
+  // Runs `action`, and nothing else any more, as `call` begins, where its subject holds `subject`.
+  void At(PlatformCall call, const std::string& subject, const std::function<void()>& action);
 
   // No hardware value can be read any more.
   void LoseHardware();
@@ -72,6 +76,7 @@ class ScriptedMachine : public Machine {
     std::string subject;
   };
 
+  Machine* previous_;
   std::string folder_;
   std::vector<Failure> failures_;
   mutable std::mutex mutex_;
@@ -92,6 +97,14 @@ std::ostream& operator<<(std::ostream& out, const Reply& reply);
 Reply GetId(const char* version);
 Reply Recheck(const char* version);
 Reply GetIdMod(const char* version, std::uint32_t flags);
+
+// What the library's manager collects on the present machine, and the log of it.
+HardwareIdString CollectString(HidFormatVersion version, std::string* log = nullptr);
+HardwareIdSet CollectList(HidFormatVersion version, std::string* log = nullptr);
+
+// The entry that tells the value of a WMI property.
+std::string WmiLine(const std::string& property, const std::string& class_text,
+                    const std::string& value);
 
 // The whole file, or "<missing>".
 std::string ReadFileText(const std::string& path);

@@ -4,23 +4,31 @@
 #
 #   wine_root.sh why-not   is silent, or fails with one line that tells why it cannot work here
 #   wine_root.sh setup     makes the folder, if it is not there yet
-#   wine_root.sh run [--serial HEX8] [--file PATH TEXT]... [--no-network] PROGRAM [ARGUMENT...]
+#   wine_root.sh run [OPTION]... PROGRAM [ARGUMENT...]
 #
 # PROGRAM, an .exe or .bat file, runs in C:\deviceid among copies of the .exe and .dll files beside
 # it. Every run is a PC of its own: files, registry and processes end with it, and several can run
-# at a time. --serial sets the volume serial of C:. --file writes a file of the Debian first: C: is
-# /wine/drive_c, the other serials are /sys/class/dmi/id/{product,board}_serial.
+# at a time.
+#
+#   --serial HEX8      the volume serial of C:
+#   --file PATH TEXT   writes a file of the Debian first: C: is /wine/drive_c, the other serials are
+#                      /sys/class/dmi/id/{product,board}_serial
+#   --before FOLDER    copies what it holds to C: first
+#   --after FOLDER     copies C:\ProgramData and the user's AppData\Roaming to it at the end
+#   --no-network       no network adapter
+#   --nic MAC          one network adapter, and a second one behind it
 set -euo pipefail
 
 self=$(realpath "$0")
 root=$(realpath -m "${DEVICEID_WINE_ROOT:-$(dirname "$self")/../../build/wine32}")
 pc=/run/pc
+net=()
 
 fail() { echo "wine_root.sh: $*" >&2 && exit 1; }
 
 # Calls a function of this file. Its mounts and processes end with it, however it ends: no delete of
 # the folder can reach the host's /dev, and no Wine server stays behind.
-isolated() { exec unshare --mount --pid --fork --kill-child "$self" inside "$@"; }
+isolated() { exec unshare --mount --pid --fork --kill-child "${net[@]}" "$self" inside "$@"; }
 
 why_not() {
     [[ $(id -u) == 0 ]] || fail "only root can run Windows programs"
@@ -81,7 +89,7 @@ enter_pc() {
 }
 
 run() {
-    local home=/wine/drive_c/deviceid dmi=$pc/sys/class/dmi/id start=(wine) name
+    local home=/wine/drive_c/deviceid dmi=$pc/sys/class/dmi/id start=(wine) after='' name status=0
     make_pc "$root"
     # Wine overlooks a serial number if one of the texts that stand before it is missing.
     mkdir -p "$pc$home" "$dmi"
@@ -92,20 +100,30 @@ run() {
         case $1 in
             --serial) set -- --file /wine/drive_c/.windows-serial "${@:2}" ;;
             --file) mkdir -p "$(dirname "$pc$2")"; echo "$3" > "$pc$2"; shift 3 ;;
-            --no-network) start=(unshare --net wine); shift ;;
+            --before) cp -r "$2/." "$pc/wine/drive_c"; shift 2 ;;
+            --after) after=$2; shift 2 ;;
+            --no-network) shift ;;
+            # Of a pair, the peer is made first and so is listed first.
+            --nic) ip link add other type veth peer name nic address "$2"; shift 2 ;;
             *) fail "no option $1" ;;
         esac
     done
     [[ ${1:?PROGRAM is missing} != *.bat ]] || start+=(cmd /c)
     find "$(dirname "$1")" -maxdepth 1 \( -name '*.exe' -o -name '*.dll' -o -samefile "$1" \) \
         -exec cp -t "$pc$home" {} +
-    enter_pc "$home" "${start[@]}" "$(basename "$1")" "${@:2}"
+    enter_pc "$home" "${start[@]}" "$(basename "$1")" "${@:2}" || status=$?
+    [[ -z $after ]] || cp -r "$pc"/wine/drive_c/{ProgramData,users/root/AppData/Roaming} "$after"
+    return "$status"
 }
 
 case ${1:-} in
     why-not) why_not 2>&1 ;;
     setup) setup ;;
-    run) (setup); isolated run "${@:2}" ;;
+    run)
+        (setup)
+        [[ " $* " != *" --"@(nic|no-network)" "* ]] || net=(--net)
+        isolated run "${@:2}"
+        ;;
     # As anything but the first process of a namespace this would mount things on the host.
     inside) [[ $$ == 1 ]] && "${@:2}" ;;
     *) fail "usage: wine_root.sh why-not | setup | run [OPTION]... PROGRAM [ARGUMENT...]" ;;

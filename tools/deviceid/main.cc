@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr char kDefaultFormat[] = "1.6";
+constexpr char kDefaultFormat[] = "2.0";
 
 // Exit statuses beside the results of the library, which has no result 2.
 constexpr int kWrongUsage = 2;

@@ -26,7 +26,7 @@ Machine& PresentMachine() {
   return real_computer;
 }
 
-void SetPresentMachine(Machine* machine) { replacement = machine; }
+Machine* SetPresentMachine(Machine* machine) { return replacement.exchange(machine); }
 
 LiveObjects CountLiveObjects() {
   const LiveCounters& live = Live();
