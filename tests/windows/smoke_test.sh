@@ -5,7 +5,7 @@
 #   smoke_test.sh BUILD_DIR   has deviceid.exe, host.exe and the DLL; exits 77 where no Wine can run
 set -euo pipefail
 
-wine=$(dirname "$(realpath "$0")")/wine_root.sh
+wine=$(dirname "$(realpath "$0")")/../../tools/wine/wine_root.sh
 if ! "$wine" why-not; then
     exit $((${DEVICEID_REQUIRE_WINDOWS:-0} == 1 ? 1 : 77))
 fi

@@ -44,9 +44,18 @@ std::optional<std::string> SystemUuid(const std::string& root) {
   return OnlyRealUuid(serial);
 }
 
+// Where a path ends up behind its symbolic links, seen from `root`.
+std::string Resolve(const std::string& root, const std::string& path) {
+  std::error_code failure;
+  const std::string folder = root.empty() ? "" : std::filesystem::canonical(root, failure).string();
+  const std::string resolved = std::filesystem::canonical(root + path, failure).string();
+  return resolved.starts_with(folder) ? resolved.substr(folder.size()) : path;
+}
+
 std::optional<std::string> SystemSerial(const std::string& root, const LinuxMounts& mounts) {
   for (const std::string path : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
-    if (mounts.IsVolatile(path)) continue;
+    // One of them is often a link to the other.
+    if (mounts.IsVolatile(Resolve(root, path))) continue;
     auto id = OnlyRealUuid(ReadValue(root + path));
     if (id && *id != "uninitialized") return id;
   }
