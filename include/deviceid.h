@@ -2,7 +2,8 @@
  * deviceid: one stable text for the PC that the host application runs on.
  *
  * Five plain functions, callable from C89 to C++20 and from anything that can call C. They may be
- * called from any thread, also at the same time. The library keeps no pointer to a host's buffer
+ * called from any thread, also at the same time; a thread must not be cancelled inside a call. The
+ * library keeps no pointer to a host's buffer
  * after a call returns, starts no threads and needs no call before or after use.
  */
 #ifndef DEVICEID_H
@@ -41,8 +42,9 @@ enum DeviceIdResult {
    */
   DEVICEID_BUFFER_TOO_SMALL = 1,
   /*
-   * A failure that the library could name. The log ends in the line that tells it. The id buffer is
-   * untouched as a rule; it holds a complete id if format 1.6 failed while saving it.
+   * A failure that the library could name. The log ends in the line that tells it, or is untouched
+   * if there was no memory for a log. The id buffer is untouched as a rule; it holds a complete id
+   * if format 1.6 failed while saving it.
    */
   DEVICEID_STANDARD_FAILURE = 3,
   /*

@@ -1,13 +1,14 @@
 // The exported calls: the checks of their arguments, the frame around every request, and the
 // conversion of every failure into a result and a log line.
 
+#include "deviceid.h"
+
 #include <array>
 #include <exception>
 #include <memory>
 #include <string>
 
 #include "api/format_version.h"
-#include "deviceid.h"
 #include "hardware/windows_os_manager.h"
 #include "identity/hid_result.h"
 #include "identity/legacy_resolution.h"

@@ -1,8 +1,9 @@
+#include "hardware/windows_os_manager.h"
+
 #include <cstdint>
 #include <memory>
 
 #include "hardware/unique_handle.h"
-#include "hardware/windows_os_manager.h"
 #include "storage/storage_paths.h"
 #include "support/text_conversions.h"
 
@@ -80,10 +81,11 @@ bool WindowsOSManager::ReadDeviceId(const std::string& path, std::string& id) {
 
 bool WindowsOSManager::WriteDeviceId(const std::string& folder, const std::string& path,
                                      const std::string& id) {
-  // The file goes first: OPEN_ALWAYS does not truncate, and a shorter id would keep the old tail.
+  const std::wstring wide_folder = ToWide(folder);
   const std::wstring wide_path = ToWide(path);
+  // The file goes first: OPEN_ALWAYS does not truncate, and a shorter id would keep the old tail.
   DeleteFileW(wide_path.c_str());
-  CreateDirectoryW(ToWide(folder).c_str(), nullptr);
+  CreateDirectoryW(wide_folder.c_str(), nullptr);
   std::string error;
   const bool written = WriteWholeFile(wide_path, id, error);
   if (!written) log_->Write(error, LogLevel::Error);

@@ -1,10 +1,11 @@
+#include "hardware/windows_os_manager.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <memory>
 
 #include "hardware/unique_handle.h"
-#include "hardware/windows_os_manager.h"
 
 namespace system_info {
 namespace {

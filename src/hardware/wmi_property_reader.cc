@@ -1,10 +1,11 @@
+#include "hardware/windows_os_manager.h"
+
 #include <array>
 #include <exception>
 #include <limits>
 
 #include "hardware/com_resources.h"
 #include "hardware/hardware_value_filter.h"
-#include "hardware/windows_os_manager.h"
 #include "support/text_conversions.h"
 
 namespace system_info {
@@ -45,8 +46,14 @@ constexpr HidFormatVersion kFirstFilteredVolume(1, 2);
 // The buffer for the path of the Windows folder, of which only the drive letter is used.
 constexpr UINT kWindowsFolderSize = 50;
 
-bool ConnectToWmi(HIDLog& log, ComPtr<IWbemServices>& services) {
+// Both live for one run over the plan.
+struct WmiConnection {
   ComPtr<IWbemLocator> locator;
+  ComPtr<IWbemServices> services;
+};
+
+bool ConnectToWmi(HIDLog& log, WmiConnection& connection) {
+  auto& [locator, services] = connection;
   if (CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
                        reinterpret_cast<void**>(locator.receive())) < 0) {
     log.Write("Failed to create WbemLocator instance", LogLevel::Error);
@@ -71,13 +78,13 @@ bool ConnectToWmi(HIDLog& log, ComPtr<IWbemServices>& services) {
 
 // Returns what `read` returns, or an empty result and a log line if it throws.
 template <typename Read>
-auto ReadGuarded(HIDLog& log, const std::string& name, Read read) -> decltype(read()) {
+auto ReadGuarded(HIDLog& log, const char* name, Read read) -> decltype(read()) {
   try {
     return read();
   } catch (const std::exception& failure) {
-    log.Write("Error in " + name + ": " + failure.what(), LogLevel::Error);
+    log.Write(std::string("Error in ") + name + ": " + failure.what(), LogLevel::Error);
   } catch (...) {
-    log.Write("Unexpected error in " + name, LogLevel::Error);
+    log.Write(std::string("Unexpected error in ") + name, LogLevel::Error);
   }
   return {};
 }
@@ -85,13 +92,13 @@ auto ReadGuarded(HIDLog& log, const std::string& name, Read read) -> decltype(re
 }  // namespace
 
 std::wstring WindowsOSManager::GetWmiProperties(const HidFormatVersion& version) {
-  ComPtr<IWbemServices> services;
-  if (!ConnectToWmi(*log_, services)) return {};
+  WmiConnection connection;
+  if (!ConnectToWmi(*log_, connection)) return {};
   return ReadGuarded(*log_, "GetWmiProperties", [&] {
     std::wstring joined;
     for (const PlannedValue& planned : kPropertyPlan) {
       if (version < planned.from || version >= planned.below) continue;
-      joined += ReadPlannedValue(services.get(), planned, version);
+      joined += ReadPlannedValue(connection.services.get(), planned, version);
     }
     return joined;
   });
@@ -100,12 +107,13 @@ std::wstring WindowsOSManager::GetWmiProperties(const HidFormatVersion& version)
 std::optional<std::vector<std::wstring>> WindowsOSManager::GetWmiPropertiesList(
     const HidFormatVersion& version) {
   using Values = std::optional<std::vector<std::wstring>>;
-  ComPtr<IWbemServices> services;
-  if (!ConnectToWmi(*log_, services)) return std::nullopt;
+  WmiConnection connection;
+  if (!ConnectToWmi(*log_, connection)) return std::nullopt;
   return ReadGuarded(*log_, "GetWmiProperties", [&]() -> Values {
     std::vector<std::wstring> values;
     for (const PlannedValue& planned : kPropertyPlan) {
-      if (planned.in_list) values.push_back(ReadPlannedValue(services.get(), planned, version));
+      if (planned.in_list)
+        values.push_back(ReadPlannedValue(connection.services.get(), planned, version));
     }
     return values;
   });

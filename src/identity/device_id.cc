@@ -1,6 +1,7 @@
 #include "identity/device_id.h"
 
 #include <regex>
+#include <utility>
 
 #include "support/md5_digest.h"
 

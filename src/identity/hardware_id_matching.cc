@@ -38,10 +38,11 @@ bool MatchHardwareIds(const std::vector<std::string>& stored,
 }
 
 std::size_t RequiredMatches(std::size_t compared) {
+  for (const MatchThreshold& row : MatchThresholds) {
+    if (row.compared == compared) return row.required;
+  }
   // Nothing that was compared is no match: the one that is required here cannot be reached.
-  if (compared == 0) return 1;
-  if (compared > MatchThresholds.size()) return compared * 6 / 10 + 1;
-  return MatchThresholds[compared - 1].required;
+  return compared == 0 ? 1 : compared * 6 / 10 + 1;
 }
 
 }  // namespace system_info

@@ -8,7 +8,6 @@
 
 #if defined(_WIN32)
 
-// windows.h has to come first.
 #include <comdef.h>
 #include <iphlpapi.h>
 #include <setupapi.h>

@@ -40,7 +40,7 @@ bool LoadDeviceId(const std::unique_ptr<OSManager>& manager, const std::shared_p
     log->Write("Device id version " + version.ToString() + " is incorrect.", LogLevel::Info);
     return false;
   }
-  // Only now: a user copy must not be lost to a common copy that holds no id.
+  // Not before the text is known to be an id, which the user copy may be the last one to hold.
   if (source == Source::kCommon) manager->DeleteUserDeviceId(version);
   return source != Source::kNone;
 }

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <fstream>
-#include <new>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
@@ -15,8 +14,8 @@ namespace {
 
 constexpr std::uint32_t kMaxHardwareIds = 256;
 
-// The longest string of a 32-bit process. Every build refuses what is longer, so that one file
-// means the same everywhere.
+// The longest string of a 32-bit process. Every build refuses what is longer as that one
+// does.
 constexpr std::uint32_t kMaxStringLength = 0x7ffffffe;
 
 std::string SettingsPath(const std::string& folder) {
@@ -94,9 +93,8 @@ bool WriteString(std::ostream& output, const std::string& text) {
          output.write(text.data(), static_cast<std::streamsize>(text.size())).good();
 }
 
-bool WriteFields(std::ostream& output, const HidSettings& settings) {
-  if (!WriteString(output, settings.version.ToString()) ||
-      !WriteString(output, settings.device_id) ||
+bool WriteFields(std::ostream& output, const std::string& version, const HidSettings& settings) {
+  if (!WriteString(output, version) || !WriteString(output, settings.device_id) ||
       !WriteInteger(output, static_cast<std::int32_t>(settings.hid_type)) ||
       !WriteInteger(output, PresentSeconds()) ||
       !WriteInteger(output, static_cast<std::uint32_t>(settings.hardware_ids.size()))) {
@@ -124,7 +122,6 @@ std::optional<HidSettings> LoadHidSettings() {
 }
 
 bool SaveHidSettings(const HidSettings& settings) {
-  if (settings.hardware_ids.size() > kMaxHardwareIds) return false;
   return WriteHidSettingsFile(settings, CommonFolderPath(false)) ||
          WriteHidSettingsFile(settings, UserFolderPath(false));
 }
@@ -141,9 +138,14 @@ std::optional<HidSettings> ReadHidSettingsFile(const std::string& folder) {
 }
 
 bool WriteHidSettingsFile(const HidSettings& settings, const std::string& folder) {
-  if (!EnsureDirectory(folder)) return false;
-  std::ofstream output(SettingsPath(folder), std::ios::binary | std::ios::trunc);
-  return output.is_open() && WriteFields(output, settings);
+  if (settings.hardware_ids.size() > kMaxHardwareIds || !EnsureDirectory(folder)) return false;
+  // With a buffer of its own the stream needs no memory once the old record is gone.
+  std::array<char, 4096> buffer = {};
+  std::ofstream output;
+  output.rdbuf()->pubsetbuf(buffer.data(), buffer.size());
+  const std::string version = settings.version.ToString();
+  output.open(SettingsPath(folder), std::ios::binary | std::ios::trunc);
+  return output.is_open() && WriteFields(output, version, settings);
 }
 
 }  // namespace system_info

@@ -44,7 +44,7 @@ std::optional<HidSettings> LoadHidSettings();
 // accept; what is stored is then left alone.
 bool SaveHidSettings(const HidSettings& settings);
 
-// The same for one folder.
+// The same for one folder each.
 std::optional<HidSettings> ReadHidSettingsFile(const std::string& folder);
 bool WriteHidSettingsFile(const HidSettings& settings, const std::string& folder);
 

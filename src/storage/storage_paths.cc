@@ -1,5 +1,6 @@
 #include "storage/storage_paths.h"
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 
@@ -71,7 +72,11 @@ bool CopyFileContents(const std::string& source, const std::string& target, bool
   if (!PathExists(source)) return false;
   if (PathExists(target) && (!overwrite || !RemoveFile(target))) return false;
   std::ifstream input(source, std::ios::binary);
-  std::ofstream output(target, std::ios::binary | std::ios::trunc);
+  // With a buffer of its own the stream needs no memory once there is a target.
+  std::array<char, 4096> buffer = {};
+  std::ofstream output;
+  output.rdbuf()->pubsetbuf(buffer.data(), buffer.size());
+  output.open(target, std::ios::binary | std::ios::trunc);
   output << input.rdbuf();
   return true;
 }

@@ -15,6 +15,7 @@ using system_info::PlatformCall;
 using system_info::PresentMachine;
 using system_info::ScriptedFailure;
 using system_info::Subject;
+using system_info::UnlessOutOfMemory;
 using system_info::WmiRow;
 using system_info::WmiValue;
 
@@ -77,13 +78,16 @@ class Row final : public Object<IWbemClassObject> {
 
   HRESULT Get(const wchar_t* name, LONG flags, VARIANT* value, CIMTYPE* type,
               LONG* flavor) override {
-    if (flags != 0 || value == nullptr || type == nullptr || flavor != nullptr) {
+    if (flags != 0 || value == nullptr || value->vt != VT_EMPTY || type == nullptr ||
+        flavor != nullptr) {
       return WBEM_E_INVALID_PARAMETER;
     }
-    if (const auto code = ScriptedCode(PlatformCall::kGet, name)) return *code;
-    const auto entry = row_.find(name);
-    if (name != property_ || entry == row_.end()) return WBEM_E_NOT_FOUND;
-    return Fill(entry->second, value, type);
+    return UnlessOutOfMemory(E_OUTOFMEMORY, [&] {
+      if (const auto code = ScriptedCode(PlatformCall::kGet, name)) return *code;
+      const auto entry = row_.find(name);
+      if (name != property_ || entry == row_.end()) return WBEM_E_NOT_FOUND;
+      return Fill(entry->second, value, type);
+    });
   }
 
  private:
@@ -116,11 +120,12 @@ class Rows final : public Object<IEnumWbemClassObject> {
   HRESULT Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override {
     if (timeout != WBEM_INFINITE || count != 1) return WBEM_E_INVALID_PARAMETER;
     *returned = next_ < rows_.size() ? 1 : 0;
-    const auto code = ScriptedCode(PlatformCall::kNext, class_text_);
-    if (code) return *code;
-    if (*returned == 0) return S_FALSE;
-    *objects = new Row(rows_[next_++], property_);
-    return S_OK;
+    return UnlessOutOfMemory(E_OUTOFMEMORY, [&] {
+      if (const auto code = ScriptedCode(PlatformCall::kNext, class_text_)) return *code;
+      if (*returned == 0) return S_FALSE;
+      *objects = new Row(rows_[next_++], property_);
+      return S_OK;
+    });
   }
 
  private:
@@ -137,6 +142,13 @@ class Services final : public Object<IWbemServices> {
   HRESULT ExecQuery(BSTR language, BSTR query, LONG flags, IWbemContext* context,
                     IEnumWbemClassObject** rows) override {
     if (!security_set_) return E_ACCESSDENIED;
+    return UnlessOutOfMemory(E_OUTOFMEMORY,
+                             [&] { return Run(language, query, flags, context, rows); });
+  }
+
+ private:
+  static HRESULT Run(BSTR language, BSTR query, LONG flags, IWbemContext* context,
+                     IEnumWbemClassObject** rows) {
     if (Text(language) != L"WQL") return WBEM_E_INVALID_QUERY_TYPE;
     if (flags != (WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY) || context != nullptr) {
       return WBEM_E_INVALID_PARAMETER;
@@ -154,7 +166,6 @@ class Services final : public Object<IWbemServices> {
     return S_OK;
   }
 
- private:
   bool security_set_ = false;
 };
 
@@ -162,14 +173,14 @@ class Locator final : public Object<IWbemLocator> {
  public:
   HRESULT ConnectServer(BSTR resource, BSTR user, BSTR password, BSTR locale, LONG flags,
                         BSTR authority, IWbemContext* context, IWbemServices** services) override {
-    if (Text(resource) != L"ROOT\\CIMV2") return WBEM_E_INVALID_NAMESPACE;
+    if (std::wcscmp(resource, L"ROOT\\CIMV2") != 0) return WBEM_E_INVALID_NAMESPACE;
     if (user != nullptr || password != nullptr || locale != nullptr || authority != nullptr ||
         context != nullptr || flags != WBEM_FLAG_CONNECT_USE_MAX_WAIT) {
       return WBEM_E_INVALID_PARAMETER;
     }
     if (const auto code = ScriptedCode(PlatformCall::kConnectServer)) return *code;
-    *services = new Services;
-    return S_OK;
+    *services = new (std::nothrow) Services;
+    return *services != nullptr ? S_OK : E_OUTOFMEMORY;
   }
 };
 
@@ -189,10 +200,11 @@ void EnterApartment(Apartment kind) {
 }  // namespace
 
 BSTR SysAllocString(const wchar_t* text) {
-  if (text == nullptr || ScriptedFailure(PlatformCall::kSysAllocString, Subject(text))) {
-    return nullptr;
-  }
-  return MakeString(text, std::wcslen(text));
+  if (text == nullptr) return nullptr;
+  return UnlessOutOfMemory<BSTR>(nullptr, [&]() -> BSTR {
+    if (ScriptedFailure(PlatformCall::kSysAllocString, Subject(text))) return nullptr;
+    return MakeString(text, std::wcslen(text));
+  });
 }
 
 void SysFreeString(BSTR string) {
@@ -238,8 +250,8 @@ HRESULT CoCreateInstance(const GUID& class_id, IUnknown* outer, DWORD context,
   }
   if (outer != nullptr || context != CLSCTX_INPROC_SERVER) return E_INVALIDARG;
   if (const auto code = ScriptedCode(PlatformCall::kCoCreateInstance)) return *code;
-  *instance = static_cast<IWbemLocator*>(new Locator);
-  return S_OK;
+  *instance = static_cast<IWbemLocator*>(new (std::nothrow) Locator);
+  return *instance != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
 HRESULT CoSetProxyBlanket(IUnknown* proxy, DWORD authentication, DWORD authorization,

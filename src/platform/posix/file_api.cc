@@ -21,6 +21,7 @@ using system_info::Live;
 using system_info::PlatformCall;
 using system_info::PresentMachine;
 using system_info::ScriptedFailure;
+using system_info::UnlessOutOfMemory;
 
 namespace {
 
@@ -132,10 +133,18 @@ Opened Share(const std::string& path, int descriptor, int lock) {
   return StillNamed(path, descriptor) ? Opened::kYes : Opened::kDeletedMeanwhile;
 }
 
+// Some systems refuse to open another user's file, even to read it, where it might have been
+// created.
+int OpenOrCreate(const std::string& path, int flags) {
+  const int descriptor = open(path.c_str(), flags & ~O_CREAT);
+  if (descriptor >= 0 || errno != ENOENT || (flags & O_CREAT) == 0) return descriptor;
+  return open(path.c_str(), flags, 0666);
+}
+
 // Opens a regular file, never waiting for anything, and takes its share mode. Gives -1 on failure.
 int OpenShared(const std::string& path, int flags, int lock) {
   for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
-    Descriptor file(open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666));
+    Descriptor file(OpenOrCreate(path, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (file.get() < 0) {
       SetLastError(CodeOf(errno));
       return -1;
@@ -173,6 +182,12 @@ class Lease {
   bool granted_ = false;
   bool refused_ = false;
 };
+
+template <typename Call>
+BOOL FailWithoutMemory(Call call) {
+  const BOOL done = UnlessOutOfMemory<BOOL>(-1, call);
+  return done >= 0 ? done : Fail(ERROR_NOT_ENOUGH_MEMORY);
+}
 
 BOOL DeleteRegularFile(const std::string& path) {
   if (FailsByScript(PlatformCall::kDeleteFile, path)) return 0;
@@ -222,12 +237,14 @@ HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD share, void* securit
     SetLastError(ERROR_INVALID_PARAMETER);
     return INVALID_HANDLE_VALUE;
   }
-  std::string narrow = NarrowPath(path);
-  if (FailsByScript(PlatformCall::kCreateFile, narrow)) return INVALID_HANDLE_VALUE;
-  Descriptor file(
-      OpenShared(narrow, O_CREAT | (reads ? O_RDONLY : O_WRONLY), reads ? LOCK_SH : LOCK_EX));
-  if (file.get() < 0) return INVALID_HANDLE_VALUE;
-  return new OpenFile{Descriptor(file.release()), std::move(narrow)};
+  return UnlessOutOfMemory(INVALID_HANDLE_VALUE, [&]() -> HANDLE {
+    std::string narrow = NarrowPath(path);
+    if (FailsByScript(PlatformCall::kCreateFile, narrow)) return INVALID_HANDLE_VALUE;
+    Descriptor file(
+        OpenShared(narrow, O_CREAT | (reads ? O_RDONLY : O_WRONLY), reads ? LOCK_SH : LOCK_EX));
+    if (file.get() < 0) return INVALID_HANDLE_VALUE;
+    return new OpenFile{Descriptor(file.release()), std::move(narrow)};
+  });
 }
 
 BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, void* overlapped) {
@@ -246,18 +263,27 @@ BOOL WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* written, void
 }
 
 BOOL CloseHandle(HANDLE file) {
-  delete static_cast<OpenFile*>(file);
+  auto* opened = static_cast<OpenFile*>(file);
+  // A child that was forked meanwhile must not go on with the share mode.
+  flock(opened->descriptor.get(), LOCK_UN);
+  delete opened;
   return 1;
 }
 
-BOOL DeleteFileA(const char* path) { return DeleteRegularFile(path); }
+BOOL DeleteFileA(const char* path) {
+  return FailWithoutMemory([&] { return DeleteRegularFile(path); });
+}
 
-BOOL DeleteFileW(const wchar_t* path) { return DeleteRegularFile(NarrowPath(path)); }
+BOOL DeleteFileW(const wchar_t* path) {
+  return FailWithoutMemory([&] { return DeleteRegularFile(NarrowPath(path)); });
+}
 
-BOOL CreateDirectoryA(const char* path, void* security) { return CreateFolder(path, security); }
+BOOL CreateDirectoryA(const char* path, void* security) {
+  return FailWithoutMemory([&] { return CreateFolder(path, security); });
+}
 
 BOOL CreateDirectoryW(const wchar_t* path, void* security) {
-  return CreateFolder(NarrowPath(path), security);
+  return FailWithoutMemory([&] { return CreateFolder(NarrowPath(path), security); });
 }
 
 DWORD GetFileAttributesA(const char* path) {

@@ -9,13 +9,19 @@
 //    neither owns the file nor may lease what others own, and none on some network file systems;
 //    there a file that only a stream has open can be deleted. A stream that is being opened while
 //    the file is deleted keeps the deleted file.
-//  * A stream does not respect the share mode of a file that these calls have open.
+//  * Streams and these calls do not see each other's share modes: a stream opens a file that is
+//  open
+//    for writing here, and a file that a stream writes can be opened for reading here.
+//  * File systems without locks share freely, and some network file systems lock for a delete only
+//    what is open for writing.
 //
 // Other arguments than those that the library is meant to pass get a failure. Permissions are what
 // the mask of the process leaves.
 
 #ifndef DEVICEID_PLATFORM_POSIX_FILE_API_H_
 #define DEVICEID_PLATFORM_POSIX_FILE_API_H_
+
+#include <cstddef>
 
 #include "platform/posix/base_types.h"
 

@@ -4,7 +4,9 @@
 #define DEVICEID_PLATFORM_POSIX_LAYER_STATE_H_
 
 #include <atomic>
+#include <new>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "platform/posix/base_types.h"
@@ -26,6 +28,16 @@ std::optional<std::uint32_t> ScriptedFailure(PlatformCall call, std::string_view
 
 // ASCII as it is, '?' for the rest: enough to tell a failure what it is about.
 std::string Subject(std::wstring_view text);
+
+// Runs `call`, and gives `failure` if it runs out of memory, as calls of Windows do.
+template <typename Result, typename Call>
+Result UnlessOutOfMemory(Result failure, Call call) {
+  try {
+    return call();
+  } catch (const std::bad_alloc&) {
+    return failure;
+  }
+}
 
 // Counts one object of `counter` for as long as it lives.
 class Counted {

@@ -37,6 +37,16 @@ std::optional<std::string> LinkedName(const std::string& path) {
   return target.filename().string();
 }
 
+std::vector<std::string> NamesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  std::error_code failure;
+  std::filesystem::directory_iterator entry(folder, failure);
+  for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
+    names.push_back(entry->path().filename().string());
+  }
+  return names;
+}
+
 bool IsRealUuid(const std::string& text) {
   return text.find_first_not_of("0-") != std::string::npos;
 }

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace system_info {
 
@@ -16,6 +17,9 @@ std::optional<long> ReadNumber(const std::string& path);
 
 // The last name in the target of a symbolic link. None if there is no such link.
 std::optional<std::string> LinkedName(const std::string& path);
+
+// The names in a folder, in no order. Empty if it cannot be read.
+std::vector<std::string> NamesIn(const std::string& folder);
 
 // False for an identifier of which nothing is left without its dashes and zeros.
 bool IsRealUuid(const std::string& text);

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "platform/posix/linux_machine.h"
 
@@ -34,9 +35,10 @@ std::optional<std::array<std::uint8_t, 16>> GetFileSystemUuid(const std::string&
 
 std::set<std::string> ListInterfacesWithAddress() {
   std::set<std::string> names;
-  ifaddrs* addresses = nullptr;
-  if (getifaddrs(&addresses) != 0) return names;
-  for (const ifaddrs* entry = addresses; entry != nullptr; entry = entry->ifa_next) {
+  ifaddrs* first = nullptr;
+  if (getifaddrs(&first) != 0) return names;
+  const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> addresses(first, freeifaddrs);
+  for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
     if (entry->ifa_addr == nullptr) continue;
     const int family = entry->ifa_addr->sa_family;
     if (family != AF_INET && family != AF_INET6) continue;
@@ -44,7 +46,6 @@ std::set<std::string> ListInterfacesWithAddress() {
     const std::string label = entry->ifa_name;
     names.insert(label.substr(0, label.find(':')));
   }
-  freeifaddrs(addresses);
   return names;
 }
 

@@ -5,21 +5,24 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <ctime>
+#include <cwchar>
 #include <filesystem>
 #include <utility>
 
 #include "platform/posix/linux_files.h"
 #include "platform/posix/linux_mounts.h"
 #include "platform/posix/linux_network.h"
+#include "platform/posix/runtime_api.h"
 
 namespace system_info {
 namespace {
 
 constexpr const char* kDmi = "/sys/class/dmi/id";
 
-// Byte by byte, so that the value comes out of the library as it stands in the file.
+// Byte by byte, so that a value is the same whatever the locale of the process is.
 WmiValue ToValue(const std::optional<std::string>& text) {
   if (!text) return {};
   std::wstring wide;
@@ -49,7 +52,7 @@ std::string Resolve(const std::string& root, const std::string& path) {
   std::error_code failure;
   const std::string folder = root.empty() ? "" : std::filesystem::canonical(root, failure).string();
   const std::string resolved = std::filesystem::canonical(root + path, failure).string();
-  return resolved.starts_with(folder) ? resolved.substr(folder.size()) : path;
+  return resolved.starts_with(folder + "/") ? resolved.substr(folder.size()) : path;
 }
 
 std::optional<std::string> SystemSerial(const std::string& root, const LinuxMounts& mounts) {
@@ -78,24 +81,25 @@ std::string DeviceName(const std::string& root, const Mount& mount) {
   const auto name = LinkedName(root + "/sys/dev/block/" + mount.device);
   if (name) return *name;
   // File systems that span devices have a number of their own.
+  if (!mount.source.starts_with('/')) return {};
   const auto mapped = LinkedName(root + mount.source);
   return mapped ? *mapped : std::filesystem::path(mount.source).filename().string();
 }
 
 std::optional<std::string> UuidByDevice(const std::string& root, const std::string& device) {
-  std::error_code failure;
-  for (const auto& entry :
-       std::filesystem::directory_iterator(root + "/dev/disk/by-uuid", failure)) {
-    if (LinkedName(entry.path()) == device) return entry.path().filename().string();
+  const std::string folder = root + "/dev/disk/by-uuid";
+  for (const std::string& uuid : NamesIn(folder)) {
+    if (LinkedName(folder + "/" + uuid) == device) return uuid;
   }
   return std::nullopt;
 }
 
 std::optional<std::string> VolumeUuid(const std::string& root, const LinuxMounts& mounts,
                                       const KernelAnswers& kernel) {
-  if (mounts.IsVolatile("/")) return std::nullopt;
-  if (const auto uuid = kernel.file_system_uuid(root + "/")) return OnlyRealUuid(FormatUuid(*uuid));
+  // An overlay has no file system of its own; the kernel draws it a UUID as it is mounted.
   const Mount* mount = mounts.Holding("/");
+  if (mounts.IsVolatile("/") || (mount != nullptr && mount->type == "overlay")) return std::nullopt;
+  if (const auto uuid = kernel.file_system_uuid(root + "/")) return OnlyRealUuid(FormatUuid(*uuid));
   if (mount == nullptr) return std::nullopt;
   return OnlyRealUuid(UuidByDevice(root, DeviceName(root, *mount)));
 }
@@ -115,17 +119,36 @@ std::vector<WmiRow> FirstAddress(const std::string& root, Suits suits) {
 bool BelongsToUser(std::filesystem::path folder) {
   struct stat status = {};
   while (stat(folder.c_str(), &status) != 0) {
-    if (!folder.has_relative_path()) return false;
+    if (errno != ENOENT || !folder.has_relative_path()) return false;
     folder = folder.parent_path();
   }
-  return status.st_uid == geteuid();
+  return S_ISDIR(status.st_mode) && status.st_uid == geteuid();
+}
+
+// The library widens some paths on their way to a file call. A path that the locale of the process
+// cannot take would name another file there.
+bool SurvivesWidening(const std::string& path) {
+  std::vector<wchar_t> wide(path.size() + 1);
+  std::mbstate_t state = {};
+  const char* rest = path.c_str();
+  return (mbsrtowcs)(wide.data(), &rest, wide.size(), &state) != static_cast<std::size_t>(-1);
+}
+
+// Without separators at its end. None if the library cannot use it.
+std::optional<std::string> UsableFolder(std::string path) {
+  while (path.ends_with('/')) path.pop_back();
+  for (const auto& part : std::filesystem::path(path)) {
+    if (part == "..") return std::nullopt;
+  }
+  if (!SurvivesWidening(path)) return std::nullopt;
+  return path;
 }
 
 // An environment that somebody else prepared must not choose where the state lives.
 std::optional<std::string> FolderFromEnvironment(const char* name) {
   const char* value = secure_getenv(name);
   if (value == nullptr || *value != '/' || !BelongsToUser(value)) return std::nullopt;
-  return value;
+  return UsableFolder(value);
 }
 
 std::optional<std::string> HomeFromPasswordDatabase() {
@@ -136,7 +159,7 @@ std::optional<std::string> HomeFromPasswordDatabase() {
     buffer.resize(buffer.size() * 2);
   }
   if (found == nullptr || *entry.pw_dir != '/') return std::nullopt;
-  return entry.pw_dir;
+  return UsableFolder(entry.pw_dir);
 }
 
 }  // namespace
@@ -198,7 +221,12 @@ std::vector<PciNetworkDevice> LinuxMachine::PciNetworkDevices() {
 
 std::wstring LinuxMachine::WindowsFolder() { return L"C:\\Windows"; }
 
-std::optional<std::string> LinuxMachine::CommonRoot() { return root_ + "/var/lib"; }
+std::optional<std::string> LinuxMachine::CommonRoot() {
+  const std::string folder = root_ + "/var/lib";
+  std::error_code failure;
+  std::filesystem::create_directories(folder, failure);
+  return folder;
+}
 
 std::optional<std::string> LinuxMachine::UserRoot() {
   std::optional<std::string> folder = FolderFromEnvironment("XDG_DATA_HOME");

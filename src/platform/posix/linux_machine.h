@@ -37,8 +37,8 @@ class LinuxMachine final : public Machine {
   std::vector<NetworkAdapter> NetworkAdapters() override;
   std::vector<PciNetworkDevice> PciNetworkDevices() override;
   std::wstring WindowsFolder() override;
+  // Both are made if they are not there.
   std::optional<std::string> CommonRoot() override;
-  // Made if it is not there.
   std::optional<std::string> UserRoot() override;
   std::int64_t PresentTicks() override;
 

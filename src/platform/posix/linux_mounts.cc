@@ -1,5 +1,6 @@
 #include "platform/posix/linux_mounts.h"
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -41,7 +42,7 @@ std::optional<std::string> UpperFolder(const Mount& mount) {
 
 }  // namespace
 
-LinuxMounts::LinuxMounts(const std::string& root) {
+LinuxMounts::LinuxMounts(const std::string& root) : root_(root) {
   std::ifstream file(root + "/proc/self/mountinfo");
   for (std::string line; std::getline(file, line);) {
     if (auto mount = ParseLine(line)) mounts_.push_back(*std::move(mount));
@@ -62,9 +63,11 @@ bool LinuxMounts::IsVolatile(const std::string& path) const {
   const Mount* mount = Holding(path);
   if (mount == nullptr) return false;
   if (const auto upper = UpperFolder(*mount)) {
-    // Seen from inside a container the folder may seem to lie on the overlay itself.
+    // The path is that of whoever mounted the overlay; inside a container it leads nowhere.
+    std::error_code failure;
     const Mount* below = Holding(*upper);
-    return below != nullptr && IsKeptInMemory(below->type);
+    return std::filesystem::exists(root_ + *upper, failure) && below != nullptr &&
+           IsKeptInMemory(below->type);
   }
   return IsKeptInMemory(mount->type);
 }

@@ -29,6 +29,7 @@ class LinuxMounts {
   bool IsVolatile(const std::string& path) const;
 
  private:
+  std::string root_;
   std::vector<Mount> mounts_;
 };
 

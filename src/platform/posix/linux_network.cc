@@ -41,7 +41,8 @@ std::optional<PciAddress> FindPciAddress(const std::filesystem::path& device) {
   return std::nullopt;
 }
 
-std::optional<LinuxInterface> ReadInterface(const std::string& folder) {
+std::optional<LinuxInterface> ReadInterface(const std::string& parent, const std::string& name) {
+  const std::string folder = parent + "/" + name;
   const auto address_text = ReadValue(folder + "/address");
   const auto address = address_text ? ParseAddress(*address_text) : std::nullopt;
   const auto origin = ReadNumber(folder + "/addr_assign_type");
@@ -51,7 +52,7 @@ std::optional<LinuxInterface> ReadInterface(const std::string& folder) {
   if (*origin == kAddressDrawnAtRandom || (*flags & kFlagLoopback) != 0) return std::nullopt;
 
   LinuxInterface found;
-  found.adapter.name = std::filesystem::path(folder).filename();
+  found.adapter.name = name;
   found.adapter.address = *address;
   found.index = *index;
   found.up = (*flags & kFlagUp) != 0;
@@ -69,9 +70,9 @@ std::optional<LinuxInterface> ReadInterface(const std::string& folder) {
 
 std::vector<LinuxInterface> ListInterfaces(const std::string& root) {
   std::vector<LinuxInterface> interfaces;
-  std::error_code failure;
-  for (const auto& entry : std::filesystem::directory_iterator(root + "/sys/class/net", failure)) {
-    if (auto found = ReadInterface(entry.path())) interfaces.push_back(*std::move(found));
+  const std::string folder = root + "/sys/class/net";
+  for (const std::string& name : NamesIn(folder)) {
+    if (auto found = ReadInterface(folder, name)) interfaces.push_back(*std::move(found));
   }
   std::sort(interfaces.begin(), interfaces.end(),
             [](const auto& left, const auto& right) { return left.index < right.index; });

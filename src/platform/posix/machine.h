@@ -95,8 +95,8 @@ class Machine {
 // The machine that the layer asks: the real computer, unless a test put another one in its place.
 Machine& PresentMachine();
 
-// Puts `machine` in place of the present one, or the real computer if it is null, and returns what was
-// in its place. Not to be called while a call of the library runs.
+// Puts `machine` in place of the present one, or the real computer if it is null, and returns what
+// was in its place. Not to be called while a call of the library runs.
 Machine* SetPresentMachine(Machine* machine);
 
 // What the layer has handed out and not got back, in this process.

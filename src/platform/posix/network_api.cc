@@ -14,6 +14,7 @@ using system_info::PciNetworkDevice;
 using system_info::PlatformCall;
 using system_info::PresentMachine;
 using system_info::ScriptedFailure;
+using system_info::UnlessOutOfMemory;
 
 struct DeviceSet {
   std::vector<PciNetworkDevice> devices;
@@ -27,6 +28,9 @@ constexpr GUID kNetworkClass = {
 
 // The size of the one buffer that the library uses for the texts of devices.
 constexpr DWORD kDeviceTextSize = 260;
+
+// The size that the last call on this thread found missing.
+thread_local ULONG size_asked_for = 0;
 
 struct RegistryKey {
   std::optional<std::string> instance_id;
@@ -61,10 +65,8 @@ bool WriteText(const std::string& text, BYTE* buffer, DWORD size) {
   return true;
 }
 
-}  // namespace
-
-DWORD GetAdaptersInfo(IP_ADAPTER_INFO* buffer, ULONG* size) {
-  if (buffer == nullptr || *size == 0 || *size % sizeof(IP_ADAPTER_INFO) != 0) {
+DWORD ListAdapters(IP_ADAPTER_INFO* buffer, ULONG* size) {
+  if (buffer == nullptr || (*size != sizeof(IP_ADAPTER_INFO) && *size != size_asked_for)) {
     return ERROR_INVALID_PARAMETER;
   }
   if (const auto code = ScriptedFailure(PlatformCall::kGetAdaptersInfo)) return *code;
@@ -72,7 +74,7 @@ DWORD GetAdaptersInfo(IP_ADAPTER_INFO* buffer, ULONG* size) {
   if (adapters.empty()) return ERROR_NO_DATA;
   const auto needed = static_cast<ULONG>(adapters.size() * sizeof(IP_ADAPTER_INFO));
   if (needed > *size) {
-    *size = needed;
+    *size = size_asked_for = needed;
     return ERROR_BUFFER_OVERFLOW;
   }
   for (std::size_t i = 0; i < adapters.size(); ++i) {
@@ -83,13 +85,21 @@ DWORD GetAdaptersInfo(IP_ADAPTER_INFO* buffer, ULONG* size) {
   return ERROR_SUCCESS;
 }
 
+}  // namespace
+
+DWORD GetAdaptersInfo(IP_ADAPTER_INFO* buffer, ULONG* size) {
+  return UnlessOutOfMemory(ERROR_NOT_ENOUGH_MEMORY, [&] { return ListAdapters(buffer, size); });
+}
+
 HDEVINFO SetupDiGetClassDevsA(const GUID* device_class, const char* enumerator, void* parent,
                               DWORD flags) {
   if (*device_class != kNetworkClass || std::strcmp(enumerator, "PCI") != 0 || parent != nullptr ||
       flags != DIGCF_PRESENT || ScriptedFailure(PlatformCall::kSetupDiGetClassDevs)) {
     return INVALID_HANDLE_VALUE;
   }
-  return new DeviceSet{PresentMachine().PciNetworkDevices()};
+  return UnlessOutOfMemory(INVALID_HANDLE_VALUE, []() -> HDEVINFO {
+    return new DeviceSet{PresentMachine().PciNetworkDevices()};
+  });
 }
 
 BOOL SetupDiEnumDeviceInfo(HDEVINFO devices, DWORD index, SP_DEVINFO_DATA* device) {
@@ -118,7 +128,8 @@ HKEY SetupDiOpenDevRegKey(HDEVINFO devices, SP_DEVINFO_DATA* device, DWORD scope
       key_type != DIREG_DRV || access != KEY_READ) {
     return INVALID_HANDLE_VALUE;
   }
-  return new RegistryKey{found->instance_id};
+  return UnlessOutOfMemory(INVALID_HANDLE_VALUE,
+                           [&]() -> HKEY { return new RegistryKey{found->instance_id}; });
 }
 
 LONG RegQueryValueExA(HKEY key, const char* name, DWORD* reserved, DWORD* type, BYTE* buffer,

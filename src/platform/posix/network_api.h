@@ -5,6 +5,8 @@
 #ifndef DEVICEID_PLATFORM_POSIX_NETWORK_API_H_
 #define DEVICEID_PLATFORM_POSIX_NETWORK_API_H_
 
+#include <cstddef>
+
 #include "platform/posix/base_types.h"
 
 // One record, of the size that it has on 32-bit Windows.
@@ -24,7 +26,6 @@ static_assert(sizeof(IP_ADAPTER_INFO) == IP_ADAPTER_INFO::kSize);
 // needed, if it is too small, and ERROR_NO_DATA if there is no adapter.
 DWORD GetAdaptersInfo(IP_ADAPTER_INFO* buffer, ULONG* size);
 
-struct DeviceSet;
 using HDEVINFO = void*;
 
 struct SP_DEVINFO_DATA {

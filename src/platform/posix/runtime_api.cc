@@ -86,8 +86,9 @@ namespace system_info {
 std::size_t wcsrtombs(char* destination, const wchar_t** source, std::size_t size,
                       std::mbstate_t* state) {
   if (!InDefaultLocale()) return ::wcsrtombs(destination, source, size, state);
-  return ConvertOneToOne(destination, source, size,
-                         [](wchar_t element) { return element >= 0 && element <= 0xff; });
+  return ConvertOneToOne(destination, source, size, [](wchar_t element) {
+    return static_cast<std::uint32_t>(element) <= 0xff;
+  });
 }
 
 std::size_t mbsrtowcs(wchar_t* destination, const char** source, std::size_t size,
