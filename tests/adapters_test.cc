@@ -10,31 +10,25 @@ using enum PlatformCall;
 
 const std::string kVpn = "{VPN}: 02:00:00:00:00:01: Tunnel\n";
 const std::string kNic = "{NIC}: 00:1a:2b:c3:d4:0f: Onboard\n";
-const std::string kFound = "Find PCI MAC-Address: 00:1a:2b:c3:d4:0f for {NIC}";
-const std::string kNoPci = "Cannot find PCI MAC-Address #1. Return first found adapter";
-const std::string kUnknownPci = "Cannot find PCI MAC-Address #2. Return first found adapter";
+const std::string kAll = "[Debug] Network Adapters List:\n\n";
+const std::string kPci = "[Debug] PCI Network Adapters List:\n\n";
+const std::string kFound = "[Debug] Find PCI MAC-Address: 00:1a:2b:c3:d4:0f for {NIC}";
+const std::string kNoPci = "[Debug] Cannot find PCI MAC-Address #1. Return first found adapter";
+const std::string kOtherPci = "[Debug] Cannot find PCI MAC-Address #2. Return first found adapter";
+const std::string kWmi =
+    "[Debug] WMI property \"MACAddress\" FOR CLASS \"Win32_NetworkAdapterConfiguration WHERE "
+    "IPEnabled = TRUE\" = \"00:50:56:c0:00:01\"";
 
 class AdaptersTest : public MachineTest {
  protected:
-  // Format 1.5 takes this address, and `told` is what its log says of adapters.
-  void Expect(const std::string& address, std::vector<std::string> told) {
+  // Behind its last other value format 1.5 logs `choice` and nothing else, and takes the address.
+  static void Expect(const std::string& choice) {
     Reply reply;
-    EXPECT_EQ(CollectString({1, 5}, &reply.log), "1234abcdpf0xyzboard7" + address) << reply;
-    for (std::string& line : told) line.insert(0, "[Debug] ");
-    const std::vector<std::string> lines = reply.Lines();
-    EXPECT_EQ(std::vector(lines.begin() + 4, lines.end()), told) << reply;
-  }
-  void Expect(const std::string& choice, const std::string& adapters, const std::string& pci) {
-    Expect(choice == kFound ? "00:1a:2b:c3:d4:0f" : "02:00:00:00:00:01",
-           {"Network Adapters List:\n\n" + adapters,
-            pci == "none" ? "SetupDiGetClassDevs failed" : "PCI Network Adapters List:\n\n" + pci,
-            choice});
-  }
-  void ExpectWmi(const std::string& line) {
-    Expect("00:50:56:c0:00:01",
-           {line,
-            "WMI property \"MACAddress\" FOR CLASS \"Win32_NetworkAdapterConfiguration WHERE "
-            "IPEnabled = TRUE\" = \"00:50:56:c0:00:01\""});
+    const std::string address = choice.ends_with(kFound) ? "00:1a:2b:c3:d4:0f"
+                                : choice.ends_with(kWmi) ? "00:50:56:c0:00:01"
+                                                         : "02:00:00:00:00:01";
+    EXPECT_EQ(CollectString({1, 5}, &reply.log), "1234abcdpf0xyzboard7" + address);
+    EXPECT_THAT(Join(reply.Lines()), testing::EndsWith("= \"board7\"" + choice));
   }
 
   const NetworkAdapter vpn = pc.adapters[0], nic = pc.adapters[1];
@@ -42,45 +36,39 @@ class AdaptersTest : public MachineTest {
 
 TEST_F(AdaptersTest, OnlyTheFirstPciAdapterWithAnIdCounts) {
   pc.pci_devices = {{true, "{NIC}", "Name", "Kind"}, {true, "{VPN}", {}, "Kind"}};
-  Expect(kFound, kVpn + kNic, "Name: {NIC}\nKind: {VPN}\n");
+  Expect(kAll + kVpn + kNic + kPci + "Name: {NIC}\nKind: {VPN}\n" + kFound);
   pc.pci_devices = {{true, "{nic}", "Name", {}}, {true, "{NIC}", {}, {}}};
-  Expect(kUnknownPci, kVpn + kNic, "Name: {nic}\n{NIC}: {NIC}\n");
+  Expect(kAll + kVpn + kNic + kPci + "Name: {nic}\n{NIC}: {NIC}\n" + kOtherPci);
   pc.pci_devices = {{false, "{VPN}", "A", {}}, {true, {}, "B", {}}, {true, "", "C", {}}};
-  Expect(kNoPci, kVpn + kNic, "");
+  Expect(kAll + kVpn + kNic + kPci + kNoPci);
   pc.pci_devices.push_back({true, "{NIC}", "Name", {}});
-  Expect(kFound, kVpn + kNic, "Name: {NIC}\n");
+  Expect(kAll + kVpn + kNic + kPci + "Name: {NIC}\n" + kFound);
   pc.Fail(kSetupDiGetClassDevs, 5);
-  Expect(kNoPci, kVpn + kNic, "none");
+  Expect(kAll + kVpn + kNic + "[Debug] SetupDiGetClassDevs failed" + kNoPci);
+  pc.adapters = {{"", "", {}}, {"{VPN}", "", {}}, nic, vpn};  // First name, its last address.
+  const std::string unknown = ": 00:00:00:00:00:00: \n";
+  Expect(kAll + unknown + "{VPN}" + unknown + kNic + kVpn + "[Debug] SetupDiGetClassDevs failed" +
+         kNoPci);
 }
 
-TEST_F(AdaptersTest, TheFirstNameAndTheLastAddressOfANameCount) {
-  pc.adapters = {{"{NIC}", "Old", {}}, nic};
-  Expect(kFound, "{NIC}: 00:00:00:00:00:00: Old\n" + kNic, "Gigabit Adapter: {NIC}\n");
-  pc.adapters = {{"", "", {}}, vpn, nic};
-  pc.pci_devices.clear();
-  Expect(kNoPci, ": 00:00:00:00:00:00: \n" + kVpn + kNic, "");
-}
-
-TEST_F(AdaptersTest, OnlyTheSecondOfTwoCallsCounts) {
+TEST_F(AdaptersTest, WithoutAListTheAddressComesFromWmi) {
+  // Only the second of two calls counts, which may fail when the list grows or is lost meanwhile.
+  pc.At(kGetAdaptersInfo, "", [&] { pc.adapters.push_back(nic); });
+  Expect("[Debug] GetAdaptersInfo failed with code = 111" + kWmi);
+  pc.At(kGetAdaptersInfo, "", [&] { pc.adapters.clear(); });
+  Expect("[Debug] GetAdaptersInfo failed with code = 232" + kWmi);
+  pc.adapters = {vpn};
   int calls = 0;
   pc.At(kGetAdaptersInfo, "", [&] { ++calls == 1 ? pc.Fail(kGetAdaptersInfo, 5) : pc.Recover(); });
-  pc.adapters = {nic};
-  Expect(kFound, kNic, "Gigabit Adapter: {NIC}\n");
-  EXPECT_EQ(calls, 2);
-  pc.At(kGetAdaptersInfo, "", [&] { pc.adapters.push_back(nic); });
-  ExpectWmi("GetAdaptersInfo failed with code = 111");
-  pc.At(kGetAdaptersInfo, "", [&] { pc.adapters.clear(); });
-  ExpectWmi("GetAdaptersInfo failed with code = 232");
-}
+  Expect(kAll + kVpn + kPci + "Gigabit Adapter: {NIC}\n" + kOtherPci);
 
-TEST_F(AdaptersTest, WithoutMemoryTheAddressComesFromWmi) {
+  pc.adapters = {vpn, nic};
   std::optional<FailingMalloc> failing;
   pc.At(kGetAdaptersInfo, "", [&] { failing.emplace(1); });
-  ExpectWmi("Cannot allocate memory #2");
-  // In the last of three values, whose text comes first.
-  int values = 0;
+  Expect("[Debug] Cannot allocate memory #2" + kWmi);
+  int values = 0;  // Of which the third comes last, and takes memory for its text first.
   pc.At(kGet, "", [&] { failing.emplace(++values == 3 ? 2 : 0); });
-  ExpectWmi("Cannot allocate memory #1");
+  Expect("[Debug] Cannot allocate memory #1" + kWmi);
 }
 
 }  // namespace

@@ -51,7 +51,7 @@ constexpr char kStories[] = R"(
   .     empty A     write/common/ A empty A   eUWc           or written
   .     .     .     -             N N     -   ooNIH          a new id goes to the common folder
   .     -     empty -             N N     -   eeNIH          and no user copy remains
-  .     .     bad   open/common/  N -     N   oUOcIHOc       else it goes to the user folder
+  .     .     .     mkdir/common/ N -     N   ooNIHOc        else it goes to the user folder
   .     A     B     open          N -     -   ooNIHOcOu      or nowhere
   .     .     .     lost          N -     -   ooNIHOcOu      as when the folders are unknown
   .     empty empty short         N N10   N10 eeNIHeceu      or in part to both

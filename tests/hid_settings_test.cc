@@ -2,7 +2,7 @@
 
 #include "storage/hid_settings.h"
 
-#include <limits>
+#include <filesystem>
 
 #include "identity/hardware_id_matching.h"
 #include "storage/emulated_hardware_ids.h"
@@ -15,159 +15,98 @@ namespace {
 using Ids = std::vector<std::string>;
 
 const std::string kId = "2-0-e605da79-8246-9201-b359-b533fafc9984";
+const StoredRecord kRecord = {"2.0", kId, 1, -2, {"ABC", "1234"}};
 
 class SettingsTest : public MachineTest {
  protected:
-  void Put(const std::string& bytes) { WriteFileText(file, bytes); }
-  std::string Stored() const { return ReadFileText(file); }
-
-  const std::string file = pc.Common("hid_settings");
-  const std::string user_file = pc.User("hid_settings");
-  const StoredRecord record = {"2.0", kId, 1, -2, {"ABC", "1234"}};
+  const std::string file = pc.Common("hid_settings"), user_file = pc.User("hid_settings");
 };
 
 TEST_F(SettingsTest, FieldsStandWhereOtherReadersLookForThem) {
-  ASSERT_EQ(record.Bytes().size(), 82u);
-  Put(record.Bytes() + "garbage");
-  auto settings = LoadHidSettings();
-  ASSERT_TRUE(settings);
-  EXPECT_EQ(settings->version, HidFormatVersion(2, 0));
-  EXPECT_EQ(settings->device_id, kId);
-  EXPECT_EQ(settings->hid_type, HidType::Random);
-  EXPECT_EQ(settings->last_write_date, -2);
-  EXPECT_EQ(settings->hardware_ids, (Ids{"ABC", "1234"}));
-  EXPECT_EQ(Stored(), record.Bytes() + "garbage");
+  ASSERT_EQ(kRecord.Bytes().size(), 82u);
+  WriteFileText(file, kRecord.Bytes() + "garbage");
+  WriteFileText(user_file, StoredRecord{}.Bytes());  // Not looked at.
+  HidSettings settings = LoadHidSettings().value();
+  EXPECT_EQ(settings.last_write_date, -2);
+  EXPECT_EQ(ReadFileText(file), kRecord.Bytes() + "garbage");
 
   // The date of a write is that of the moment, whatever the record says; other fields are kept.
-  settings->version = HidFormatVersion(1, 6);
-  settings->hid_type = static_cast<HidType>(-7);
-  settings->hardware_ids = {"", "x"};
-  ASSERT_TRUE(SaveHidSettings(*settings));
-  EXPECT_EQ(Stored(), (StoredRecord{"1.6", kId, -7, pc.ticks / 10'000'000, {"", "x"}}.Bytes()));
-  EXPECT_EQ(LoadHidSettings()->hardware_ids, Ids{"x"});
-  EXPECT_EQ(HidSettings({}, {}, kId, {}).last_write_date, pc.ticks / 10'000'000);
+  settings.hardware_ids.insert(settings.hardware_ids.begin(), "");
+  ASSERT_TRUE(SaveHidSettings(settings));
+  const std::int64_t now = pc.ticks / 10'000'000;
+  EXPECT_EQ(ReadFileText(file), (StoredRecord{"2.0", kId, 1, now, {"", "ABC", "1234"}}.Bytes()));
+  EXPECT_EQ(LoadHidSettings()->hardware_ids, kRecord.ids);
 }
 
 TEST_F(SettingsTest, EveryShortFileIsRemovedAndTheOtherFolderCounts) {
-  WriteFileText(user_file, record.Bytes());
-  for (std::size_t length = 0; length < record.Bytes().size(); ++length) {
-    Put(record.Bytes().substr(0, length));
+  WriteFileText(user_file, kRecord.Bytes());
+  for (std::size_t length = 0; length < kRecord.Bytes().size(); ++length) {
+    WriteFileText(file, kRecord.Bytes().substr(0, length));
     ASSERT_TRUE(LoadHidSettings()) << length;
-    ASSERT_EQ(Stored(), "<missing>") << length;
+    ASSERT_EQ(ReadFileText(file), "<missing>") << length;
   }
-  Put(record.Bytes());
-  WriteFileText(user_file, "short");
-  EXPECT_TRUE(LoadHidSettings());
-  EXPECT_EQ(ReadFileText(user_file), "short");
 }
 
-TEST_F(SettingsTest, AStreamThatWritesTheFileKeepsItFromRemoval) {
-  Put("");
-  std::FILE* writer = std::fopen(file.c_str(), "r+b");
-  EXPECT_FALSE(LoadHidSettings());
-  EXPECT_EQ(Stored(), "");
-  std::fclose(writer);
-}
-
-TEST_F(SettingsTest, LimitOfTheList) {
-  StoredRecord many = record;
+TEST_F(SettingsTest, WhatIsTooLongIsNotStored) {
   for (const std::size_t count : {256u, 257u}) {
-    many.ids.assign(count, "id");
-    Put(many.Bytes());
-    EXPECT_EQ(LoadHidSettings().has_value(), count == 256) << count;
-    EXPECT_EQ(Stored() == "<missing>", count == 257) << count;
-    Put("kept");
-    EXPECT_EQ(SaveHidSettings(HidSettings({}, {}, kId, many.ids)), count == 256);
-    EXPECT_EQ(Stored() == "kept", count == 257) << count;
+    const StoredRecord record = {"2.0", kId, 0, 0, Ids(count, "id")};
+    WriteFileText(file, record.Bytes());
+    EXPECT_EQ(LoadHidSettings().has_value(), count == 256);
+    EXPECT_EQ(SaveHidSettings(HidSettings({}, {}, kId, record.ids)), count == 256);
+    EXPECT_EQ(ReadFileText(file) == "<missing>", count == 257);
   }
-  EXPECT_EQ(ReadFileText(user_file), "<missing>");
+  std::filesystem::create_symlink("/dev/full", file);
+  EXPECT_TRUE(SaveHidSettings(HidSettings({}, {}, kId, Ids(256, std::string(100, 'x')))));
+  EXPECT_EQ(ReadFileText(user_file).size(), 82u - 15 + 256 * 104);
 }
 
-TEST_F(SettingsTest, WhatCannotBeReadThrowsAndStays) {
-  StoredRecord odd = record;
-  const auto with_version = [&odd](const char* version) {
-    odd.version = version;
-    return odd.Bytes();
-  };
-  const std::pair<std::string, const char*> cases[] = {
-      {with_version("x.0"), "invalid stoi argument\n"},
-      {with_version("99999999999.0"), "stoi argument out of range\n"},
-      {StoredRecord::Number(0x7fffffff, 4), ""},
-  };
-  for (const auto& [bytes, text] : cases) {
-    Put(bytes);
-    const Reply reply = GetId("2.0");
-    EXPECT_EQ(reply.result, 3);
-    EXPECT_EQ(reply.id, "<untouched>");
-    EXPECT_THAT(reply.log, testing::HasSubstr(std::string("Error in GetHardwareId: ") + text));
-    EXPECT_EQ(Stored(), bytes);
-  }
-  Put(with_version("2"));
-  EXPECT_EQ(LoadHidSettings()->version, HidFormatVersion(1, 0));
-}
-
-TEST_F(SettingsTest, DatesOutOfAllBoundsWrap) {
-  using Limits = std::numeric_limits<std::int64_t>;
+TEST_F(SettingsTest, OddFieldsEndTheCallOrAreTakenAsTheyAre) {
   WriteFileText(pc.Common("device.idv2"), "1-6-" + kId.substr(4));
-  // 17000000000000000 less the date times 10000000, modulo 2^64.
-  const std::pair<std::int64_t, const char*> cases[] = {
-      {Limits::max(), "1700000001\n"}, {Limits::min(), "1700000000\n"}, {1LL << 39, "-548055813888\n"}};
-  for (const auto& [date, diff] : cases) {
-    StoredRecord far = record;
-    far.date = date;
-    Put(far.Bytes());
+  const std::tuple<std::string, int, const char*> cases[] = {
+      {StoredRecord::Text("x.0"), 3, "Error in GetHardwareId: invalid stoi argument\n"},
+      {StoredRecord::Text("99999999999.0"), 3, "GetHardwareId: stoi argument out of range\n"},
+      {StoredRecord::Number(0x7fffffff, 4), 3, "Error in GetHardwareId: "},
+      // 17000000000000000 less the date times 10000000, modulo 2^64.
+      {StoredRecord{"2.0", kId, 1, INT64_MAX, {}}.Bytes(), 0, "Diff seconds: 1700000001\n"},
+      {StoredRecord{"2.0", kId, 1, INT64_MIN, {}}.Bytes(), 0, "Diff seconds: 1700000000\n"},
+  };
+  for (const auto& [bytes, result, line] : cases) {
+    WriteFileText(file, bytes);
     const Reply reply = GetId("2.0");
-    EXPECT_EQ(reply.result, 0);
-    EXPECT_THAT(reply.log, testing::HasSubstr(std::string("Diff seconds: ") + diff));
+    EXPECT_EQ(reply.result, result);
+    EXPECT_THAT(reply.log, testing::HasSubstr(line));
+    EXPECT_EQ(ReadFileText(file) == bytes, result == 3) << line;
   }
 }
 
 TEST_F(SettingsTest, EmulatedIdsAreTheLinesOfAWindowsTextFile) {
-  const std::string list = pc.Common("hardware_ids.emulated");
   WriteFileText(pc.User("hardware_ids.emulated"), "a\n");
   EXPECT_FALSE(ReadEmulatedHardwareIds());
   const std::pair<const char*, Ids> cases[] = {
       {"", {}},
-      {"a", {"a"}},
-      {"a\nb\n", {"a", "b"}},
-      {"a\r\n\r\nb\r\n", {"a", "", "b"}},
+      {"a\r\n\r\nb\n", {"a", "", "b"}},
       {" a \r\r\nb\r", {" a \r", "b\r"}},
       {"a\rb\nc\032d\ne", {"a\rb", "c"}},
       {"a\n\032\nb", {"a"}},
   };
   for (const auto& [text, ids] : cases) {
-    WriteFileText(list, text);
+    WriteFileText(pc.Common("hardware_ids.emulated"), text);
     EXPECT_EQ(ReadEmulatedHardwareIds(), HardwareIdSet(ids)) << text;
   }
-  std::remove(list.c_str());
-  WriteFileText(list + "/file", "in a folder of that name");
-  EXPECT_FALSE(ReadEmulatedHardwareIds());
 }
 
-TEST(MatchingTest, ThresholdsDecide) {
-  // For each number of compared positions, the fewest equal ones that are enough.
-  const std::pair<std::size_t, std::size_t> cases[] = {
-      {1, 1},  {2, 2},  {3, 3},  {4, 3},  {5, 3},  {6, 4},   {7, 5},   {8, 6},   {9, 7},
-      {10, 7}, {11, 7}, {12, 8}, {13, 8}, {14, 9}, {15, 10}, {20, 13}, {100, 61}};
-  for (const auto& [length, enough] : cases) {
-    Ids runtime(length, "same");
-    for (std::size_t equal = length + 1; equal-- > 0;) {
-      if (equal < length) runtime[equal] = "Same";
+TEST(MatchingTest, ThresholdsDecideAtThePositionsOfTheShorterList) {
+  const std::size_t fewest_equal[] = {1, 1, 2, 3, 3, 3, 4, 5, 6, 7, 7, 7, 8, 8, 9, 10};
+  for (std::size_t length = 0; length < std::size(fewest_equal); ++length) {
+    for (std::size_t equal = 0; equal <= length; ++equal) {
+      Ids one(length, "same"), other(length + 1, "Same");
+      std::fill_n(other.begin(), equal, "same");
       int matches = -1;
-      EXPECT_EQ(MatchHardwareIds(Ids(length, "same"), runtime, matches), equal >= enough)
-          << equal << " of " << length;
+      EXPECT_EQ(MatchHardwareIds(one, other, matches), equal >= fewest_equal[length]) << length;
+      EXPECT_EQ(MatchHardwareIds(other, one, matches), equal >= fewest_equal[length]) << length;
       EXPECT_EQ(matches, static_cast<int>(equal));
     }
   }
-}
-
-TEST(MatchingTest, OnlyPositionsOfTheShorterListCount) {
-  int matches = -1;
-  EXPECT_FALSE(MatchHardwareIds({}, {}, matches));
-  EXPECT_FALSE(MatchHardwareIds({"a"}, {}, matches));
-  EXPECT_TRUE(MatchHardwareIds({"a", "b", "c"}, {"a", "b", "c", "d"}, matches));
-  EXPECT_FALSE(MatchHardwareIds({"a", "b", "c", "d"}, {"a", "c", "d"}, matches));
-  EXPECT_EQ(matches, 1);
 }
 
 }  // namespace

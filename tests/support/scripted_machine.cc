@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <numeric>
 #include <ostream>
 
 #include "hardware/windows_os_manager.h"
@@ -174,10 +175,8 @@ HardwareIdSet CollectList(HidFormatVersion version, std::string* log) {
   return Collect(&OSManager::GetHardwareIdList, version, log);
 }
 
-std::string WmiLine(const std::string& property, const std::string& class_text,
-                    const std::string& value) {
-  return "[Debug] WMI property \"" + property + "\" FOR CLASS \"" + class_text + "\" = \"" + value +
-         "\"";
+std::string Join(const std::vector<std::string>& texts) {
+  return std::accumulate(texts.begin(), texts.end(), std::string());
 }
 
 std::string ReadFileText(const std::string& path) {

@@ -102,9 +102,8 @@ Reply GetIdMod(const char* version, std::uint32_t flags);
 HardwareIdString CollectString(HidFormatVersion version, std::string* log = nullptr);
 HardwareIdSet CollectList(HidFormatVersion version, std::string* log = nullptr);
 
-// The entry that tells the value of a WMI property.
-std::string WmiLine(const std::string& property, const std::string& class_text,
-                    const std::string& value);
+// The texts with nothing between them.
+std::string Join(const std::vector<std::string>& texts);
 
 // The whole file, or "<missing>".
 std::string ReadFileText(const std::string& path);
