@@ -48,5 +48,5 @@ formats=(1.0 1.1 1.2 1.4 1.5)
 for format in "${formats[@]}"; do
     "$tool" --format "$format" --log 2>&1
     echo "= $?"
-done | "$(dirname "$0")/check_ids.py" "${formats[@]}" || failures=$((failures + 1))
+done | "$(dirname "$0")/../tools/check_ids.py" "${formats[@]}" || failures=$((failures + 1))
 exit $((failures > 0))

@@ -20,14 +20,13 @@ constexpr const wchar_t* kHardwareAdapter =
 
 constexpr char kUntouched[] = "<untouched>";
 
-template <typename Call>
-Reply CallWithBuffers(Call call) {
+template <typename... Flags, typename Call>
+Reply CallWithBuffers(Call call, const char* version, Flags... flags) {
   char id[64] = "<untouched>";
   std::vector<char> log(1 << 17);
   std::copy(std::begin(kUntouched), std::end(kUntouched), log.begin());
   Reply reply;
-  reply.result = call(id, static_cast<std::uint32_t>(sizeof(id)), log.data(),
-                      static_cast<std::uint32_t>(log.size()));
+  reply.result = call(id, 64, version, log.data(), 1 << 17, flags...);
   reply.id = id;
   reply.log = log.data();
   return reply;
@@ -66,6 +65,10 @@ ScriptedMachine::ScriptedMachine() : ticks(1'700'000'000LL * 10'000'000) {
   std::filesystem::create_directory(*common_root);
   std::filesystem::create_directory(*user_root);
   previous_ = SetPresentMachine(this);
+
+  // Log lines show local time: half an hour keeps minutes from passing for hours.
+  setenv("TZ", "TST-05:30", 1);
+  tzset();
 }
 
 ScriptedMachine::~ScriptedMachine() {
@@ -91,23 +94,6 @@ void ScriptedMachine::LoseHardware() {
   pci_devices.clear();
 }
 
-void ScriptedMachine::Set(const wchar_t* class_text, const wchar_t* property, WmiValue value) {
-  wmi[class_text].at(0)[property] = std::move(value);
-}
-
-std::string ScriptedMachine::Common(const std::string& name) const {
-  return folder_ + "/common/BrindleQuayWorks/" + name;
-}
-std::string ScriptedMachine::User(const std::string& name) const {
-  return folder_ + "/user/BrindleQuayWorks/" + name;
-}
-std::string ScriptedMachine::OldCommon(const std::string& name) const {
-  return folder_ + "/common/Fennel/" + name;
-}
-std::string ScriptedMachine::OldUser(const std::string& name) const {
-  return folder_ + "/user/Fennel/" + name;
-}
-
 std::vector<std::string> ScriptedMachine::Seen(PlatformCall call) const {
   std::vector<std::string> subjects;
   for (const auto& [seen, subject] : seen_) {
@@ -123,10 +109,7 @@ std::vector<WmiRow> ScriptedMachine::QueryWmi(const std::wstring& class_text) {
 
 std::optional<std::uint32_t> ScriptedMachine::FailureOf(PlatformCall call,
                                                         std::string_view subject) {
-  {
-    const std::lock_guard lock(mutex_);
-    seen_.emplace_back(call, subject);
-  }
+  seen_.emplace_back(call, subject);
   if (on_call) {
     if (const auto code = on_call(call, subject)) return code;
   }
@@ -149,22 +132,12 @@ std::ostream& operator<<(std::ostream& out, const Reply& reply) {
   return out << "result " << reply.result << ", id " << reply.id << ", log:\n" << reply.log;
 }
 
-Reply GetId(const char* version) {
-  return CallWithBuffers([&](char* id, std::uint32_t id_size, char* log, std::uint32_t log_size) {
-    return GetHardwareId(id, id_size, version, log, log_size);
-  });
-}
+Reply GetId(const char* version) { return CallWithBuffers(GetHardwareId, version); }
 
-Reply Recheck(const char* version) {
-  return CallWithBuffers([&](char* id, std::uint32_t id_size, char* log, std::uint32_t log_size) {
-    return RecheckHardwareId(id, id_size, version, log, log_size);
-  });
-}
+Reply Recheck(const char* version) { return CallWithBuffers(RecheckHardwareId, version); }
 
 Reply GetIdMod(const char* version, std::uint32_t flags) {
-  return CallWithBuffers([&](char* id, std::uint32_t id_size, char* log, std::uint32_t log_size) {
-    return GetHardwareIdMod(id, id_size, version, log, log_size, flags);
-  });
+  return CallWithBuffers(GetHardwareIdMod, version, flags);
 }
 
 HardwareIdString CollectString(HidFormatVersion version, std::string* log) {

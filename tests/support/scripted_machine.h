@@ -9,7 +9,6 @@
 
 #include <functional>
 #include <map>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -49,13 +48,17 @@ class ScriptedMachine : public Machine {
   void LoseHardware();
 
   // Sets the value of a property of the first row of a class.
-  void Set(const wchar_t* class_text, const wchar_t* property, WmiValue value);
+  void Set(const wchar_t* class_text, const wchar_t* property, const WmiValue& value) {
+    wmi[class_text].at(0)[property] = value;
+  }
 
   // Paths below "BrindleQuayWorks", or below the old folder.
-  std::string Common(const std::string& name) const;
-  std::string User(const std::string& name) const;
-  std::string OldCommon(const std::string& name) const;
-  std::string OldUser(const std::string& name) const;
+  std::string Common(const std::string& n) const {
+    return folder_ + "/common/BrindleQuayWorks/" + n;
+  }
+  std::string User(const std::string& n) const { return folder_ + "/user/BrindleQuayWorks/" + n; }
+  std::string OldCommon(const std::string& n) const { return folder_ + "/common/Fennel/" + n; }
+  std::string OldUser(const std::string& n) const { return folder_ + "/user/Fennel/" + n; }
 
   // The calls that the library made, each as its subject, in order.
   std::vector<std::string> Seen(PlatformCall call) const;
@@ -79,7 +82,6 @@ class ScriptedMachine : public Machine {
   Machine* previous_;
   std::string folder_;
   std::vector<Failure> failures_;
-  mutable std::mutex mutex_;
   std::vector<std::pair<PlatformCall, std::string>> seen_;
 };
 

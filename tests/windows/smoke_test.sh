@@ -15,5 +15,5 @@ printf '@%s\n@echo = %%errorlevel%%\n' "deviceid.exe --log --format "1.{0,1,2,4,
     > "$1/smoke_test.bat"
 output=$("$wine" run --serial 1A2BC3D4 "$1/smoke_test.bat" 2>&1) || true
 
-"$(dirname "$0")/../check_ids.py" --value '1a2bc3d4test product_serialtest board_serial' \
+"$(dirname "$0")/../../tools/check_ids.py" --value '1a2bc3d4test product_serialtest board_serial' \
     1.0 1.1 1.2 1.4 1.5 1.6 host <<< "$output"
