@@ -6,17 +6,12 @@ set -euo pipefail
 readonly expected='GetHIDVersion GetHardwareId GetHardwareIdEx GetHardwareIdMod RecheckHardwareId'
 readonly system_dlls='advapi32 iphlpapi kernel32 msvcrt ole32 oleaut32 setupapi shell32'
 
-fail() {
-    echo "$1" >&2
-    exit 1
-}
-
 case $1 in
 *.dll)
     table=$(i686-w64-mingw32-objdump -p "$1")
     names=$(sed -n '/Ordinal\/Name Pointer/,/^$/s/^\t\[ *[0-9]*\] //p' <<<"$table")
     for dll in $(sed -n 's/^\tDLL Name: //p' <<<"$table" | tr '[:upper:]' '[:lower:]'); do
-        [[ " $system_dlls " == *" ${dll%.dll} "* ]] || fail "imports $dll"
+        [[ " $system_dlls " == *" ${dll%.dll} "* ]] || { echo "imports $dll" && exit 1; }
     done
     ;;
 *)
@@ -25,4 +20,4 @@ case $1 in
 esac
 
 names=$(sort <<<"$names" | xargs)
-[ "$names" = "$expected" ] || fail "exports $names"
+[ "$names" = "$expected" ] || { echo "exports $names" && exit 1; }

@@ -1,12 +1,10 @@
 #include "support/scripted_machine.h"
 
-#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <numeric>
-#include <ostream>
 
 #include "hardware/windows_os_manager.h"
 #include "log_entries.h"
@@ -14,17 +12,14 @@
 namespace system_info {
 namespace {
 
-constexpr const wchar_t* kIpEnabled = L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE";
 constexpr const wchar_t* kHardwareAdapter =
     L"Win32_NetworkAdapter WHERE Manufacturer != 'Microsoft' AND NOT PNPDeviceID LIKE 'ROOT%\\\\'";
-
-constexpr char kUntouched[] = "<untouched>";
 
 template <typename... Flags, typename Call>
 Reply CallWithBuffers(Call call, const char* version, Flags... flags) {
   char id[64] = "<untouched>";
   std::vector<char> log(1 << 17);
-  std::copy(std::begin(kUntouched), std::end(kUntouched), log.begin());
+  std::strcpy(log.data(), id);
   Reply reply;
   reply.result = call(id, 64, version, log.data(), 1 << 17, flags...);
   reply.id = id;
@@ -52,7 +47,8 @@ ScriptedMachine::ScriptedMachine() : ticks(1'700'000'000LL * 10'000'000) {
   wmi[L"Win32_OperatingSystem"] = {{{L"SerialNumber", L"00330-80000-00000-AA123"}}};
   wmi[L"win32_logicaldisk WHERE deviceid=\"C:\""] = {{{L"VolumeSerialNumber", L"1234ABCD"}}};
   wmi[L"Win32_BaseBoard"] = {{{L"SerialNumber", L"BOARD7"}}};
-  wmi[kIpEnabled] = {{{L"MACAddress", L"00:50:56:C0:00:01"}}};
+  wmi[L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE"] = {
+      {{L"MACAddress", L"00:50:56:C0:00:01"}}};
   wmi[kHardwareAdapter] = {{{L"MACAddress", L"00:50:56:C0:00:02"}}};
   adapters = {{"{VPN}", "Tunnel", {0x02, 0, 0, 0, 0, 0x01}},
               {"{NIC}", "Onboard", {0x00, 0x1a, 0x2b, 0xc3, 0xd4, 0x0f}}};

@@ -6,9 +6,7 @@
 set -euo pipefail
 
 wine=$(dirname "$(realpath "$0")")/../../tools/wine/wine_root.sh
-if ! "$wine" why-not; then
-    exit $((${DEVICEID_REQUIRE_WINDOWS:-0} == 1 ? 1 : 77))
-fi
+"$wine" why-not || exit
 
 # One batch file asks for all of them, since most of the time goes into starting Wine.
 printf '@%s\n@echo = %%errorlevel%%\n' "deviceid.exe --log --format "1.{0,1,2,4,5,6} host.exe \

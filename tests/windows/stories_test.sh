@@ -6,9 +6,7 @@
 set -euo pipefail
 
 wine=$(dirname "$(realpath "$0")")/../../tools/wine/wine_root.sh
-if ! "$wine" why-not; then
-    exit $((${DEVICEID_REQUIRE_WINDOWS:-0} == 1 ? 1 : 77))
-fi
+"$wine" why-not || exit
 work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT
 dmi=/sys/class/dmi/id

@@ -2,7 +2,8 @@
 # Runs 32-bit Windows programs in Wine, in a small Debian that fills a folder of its own:
 # $DEVICEID_WINE_ROOT, or build/wine32 of this repository.
 #
-#   wine_root.sh why-not   is silent, or fails with one line that tells why it cannot work here
+#   wine_root.sh why-not   is silent, or tells in one line why it cannot work here and fails with 77,
+#                          or with 1 if $DEVICEID_REQUIRE_WINDOWS is 1
 #   wine_root.sh setup     makes the folder, if it is not there yet
 #   wine_root.sh run [OPTION]... PROGRAM [ARGUMENT...]
 #
@@ -117,7 +118,7 @@ run() {
 }
 
 case ${1:-} in
-    why-not) why_not 2>&1 ;;
+    why-not) (why_not) 2>&1 || exit $((${DEVICEID_REQUIRE_WINDOWS:-0} == 1 ? 1 : 77)) ;;
     setup) setup ;;
     run)
         (setup)
