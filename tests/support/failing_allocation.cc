@@ -31,7 +31,6 @@ void* Allocate(std::size_t size) {
 
 }  // namespace
 
-extern "C" void* __wrap_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
 extern "C" void* __wrap_malloc(std::size_t size) {
   return malloc_countdown.FailsNow() ? nullptr : __real_malloc(size);
 }

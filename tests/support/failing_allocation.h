@@ -12,7 +12,6 @@ class FailingNew {
   FailingNew(int nth, bool lasting);
   ~FailingNew();
 
-  // True if an allocation has failed.
   bool failed() const;
 };
 
