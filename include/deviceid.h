@@ -3,8 +3,8 @@
  *
  * Five plain functions, callable from C89 to C++20 and from anything that can call C. They may be
  * called from any thread, also at the same time; a thread must not be cancelled inside a call. The
- * library keeps no pointer to a host's buffer
- * after a call returns, starts no threads and needs no call before or after use.
+ * library keeps no pointer to a host's buffer after a call returns, starts no threads and needs no
+ * call before or after use.
  */
 #ifndef DEVICEID_H
 #define DEVICEID_H
