@@ -89,7 +89,7 @@ std::string DeviceName(const std::string& root, const Mount& mount) {
 std::optional<std::string> UuidByDevice(const std::string& root, const std::string& device) {
   const std::string folder = root + "/dev/disk/by-uuid";
   for (const std::string& uuid : NamesIn(folder)) {
-    if (LinkedName(folder + "/" + uuid) == device) return uuid;
+    if (LinkedName(std::filesystem::path(folder) / uuid) == device) return uuid;
   }
   return std::nullopt;
 }
