@@ -11,11 +11,6 @@ import subprocess
 import sys
 import uuid
 
-value = ""
-names = sys.argv[1:]
-if names[:1] == ["--value"]:
-    value, names = names[1], names[2:]
-
 
 def joined_values(log):
     mac = re.search(r"Find PCI MAC-Address: (\S+) for ", log)
@@ -25,24 +20,33 @@ def joined_values(log):
 
 
 def id_of(name, text):
-    digest = subprocess.run(["md5sum"], input=text.encode(), capture_output=True, check=True).stdout
+    """The id in the format `name` that hardware with these joined values has."""
+    digest = subprocess.run(["md5sum"], input=text.encode("latin1"), capture_output=True, check=True).stdout
     prefix = "" if name == "1.0" else name.replace(".", "-") + "-"
     return prefix + str(uuid.UUID(bytes_le=bytes.fromhex(digest[:32].decode())))
 
 
-output = sys.stdin.read().replace("\r", "")
-calls = re.findall(r"(.*?)^= (-?\d+)$", output, re.M | re.S)
-faults = [] if len(calls) == len(names) else [f"{len(calls)} of {len(names)} calls:\n{output}"]
-ids = {}
-for name, (log, status) in zip(names, calls):
-    ids[name] = log.strip().rpartition("\n")[2]
-    text = joined_values(log)
-    wanted = ids["1.5"] if name == "host" else id_of(name, text) if text else ids[name]
-    layout = re.fullmatch(r"(\d-\d-)?\w{8}(-\w{4}){3}-\w{12}", ids[name])
-    received = name == "host" or ("IDs are received." in log) == bool(text) and value in text
-    print(name, ids[name])
-    if status != "0" or ids[name] != wanted or not layout or not received:
-        faults.append(f"{name}: status {status}, the log gives {wanted}:\n{log}")
-if joined_values(calls[0][0]) and "1.6" in ids and ids["1.5"][4:] != ids["1.6"][4:]:
-    faults.append("formats 1.5 and 1.6 do not agree")
-sys.exit("\n".join(faults) or 0)
+def main():
+    value, names = "", sys.argv[1:]
+    if names[:1] == ["--value"]:
+        value, names = names[1], names[2:]
+    output = sys.stdin.read().replace("\r", "")
+    calls = re.findall(r"(.*?)^= (-?\d+)$", output, re.M | re.S)
+    faults = [] if len(calls) == len(names) else [f"{len(calls)} of {len(names)} calls:\n{output}"]
+    ids = {}
+    for name, (log, status) in zip(names, calls):
+        ids[name] = log.strip().rpartition("\n")[2]
+        text = joined_values(log)
+        wanted = ids["1.5"] if name == "host" else id_of(name, text) if text else ids[name]
+        layout = re.fullmatch(r"(\d-\d-)?\w{8}(-\w{4}){3}-\w{12}", ids[name])
+        received = name == "host" or ("IDs are received." in log) == bool(text) and value in text
+        print(name, ids[name])
+        if status != "0" or ids[name] != wanted or not layout or not received:
+            faults.append(f"{name}: status {status}, the log gives {wanted}:\n{log}")
+    if joined_values(calls[0][0]) and "1.6" in ids and ids["1.5"][4:] != ids["1.6"][4:]:
+        faults.append("formats 1.5 and 1.6 do not agree")
+    sys.exit("\n".join(faults) or 0)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,11 +1,14 @@
-// The entry point that the system calls when a process loads the library. Windows only.
+// The entry point that the system calls when a process loads or unloads the library. Windows only.
 //
 // It touches no COM, file, registry or hardware: the loader's lock is held here.
 
+#include "platform/windows/runtime_handles.h"
 #include "platform/windows_api.h"
 
 // NOLINTNEXTLINE(readability-identifier-naming): the loader looks for this name
-extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID /*reserved*/) {
+extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID process_ends) {
   if (reason == DLL_PROCESS_ATTACH) DisableThreadLibraryCalls(library);
+  // A process that ends gives everything back by itself.
+  if (reason == DLL_PROCESS_DETACH && process_ends == nullptr) system_info::ReleaseRuntime();
   return TRUE;
 }

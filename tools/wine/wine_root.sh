@@ -105,7 +105,7 @@ run() {
             --after) after=$2; shift 2 ;;
             --no-network) shift ;;
             # Of a pair, the peer is made first and so is listed first.
-            --nic) ip link add other type veth peer name nic address "$2"; shift 2 ;;
+            --nic) ip link add other address 02:00:00:00:00:01 type veth peer name nic address "$2"; shift 2 ;;
             *) fail "no option $1" ;;
         esac
     done

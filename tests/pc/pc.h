@@ -1,0 +1,43 @@
+// The PC that the player plays on: a scripted machine natively, a real Windows with the real DLL
+// otherwise. Each build has its own implementation.
+
+#ifndef DEVICEID_TESTS_PC_PC_H_
+#define DEVICEID_TESTS_PC_PC_H_
+
+#include <string>
+#include <vector>
+
+#include "deviceid.h"
+
+namespace pc {
+
+struct Library {
+  decltype(&::GetHardwareId) get;
+  decltype(&::RecheckHardwareId) recheck;
+  decltype(&::GetHardwareIdMod) mod;
+};
+Library TheLibrary();
+
+// The folder above the library's, for the machine or for the user.
+std::string Root(bool common);
+
+// Makes it another PC, with no file of the library's on it.
+void Renew();
+
+// Gives it another part: "product" or "board", a serial number as bytes; "pci", the instance id of
+// its PCI adapter, which may be empty for none; "hardware" or "network", only to lose them.
+void SetPart(const std::string& part, const std::string& value);
+
+// Puts this thread into the apartment "sta" or "mta" as the host, or ends that with "none" and says
+// what the host could do in it and after it.
+std::string SetApartment(const std::string& apartment);
+
+// How often the hardware was collected so far, or -1.
+int CountCollections();
+
+// What only one of the builds can play.
+std::string PlayOther(const std::vector<std::string>& step);
+
+}  // namespace pc
+
+#endif  // DEVICEID_TESTS_PC_PC_H_

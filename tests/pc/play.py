@@ -1,0 +1,248 @@
+#!/usr/bin/env python3
+"""Plays stories about PCs, with the native build and, in Wine, with the real DLL.
+
+  play.py NATIVE_PLAYER [WINDOWS_PLAYER]
+
+Each build has to do what the stories tell. The DLL has to do, to the byte, what the native build
+does: results, ids, files, logs but for their times. Exits 77 where no Wine can run.
+"""
+import difflib
+import fnmatch
+import pathlib
+import re
+import struct
+import subprocess
+import sys
+import time
+
+HERE = pathlib.Path(__file__).parent
+sys.path.insert(0, str(HERE / "../../tools"))
+from check_ids import id_of  # pylint: disable=wrong-import-position
+
+WINE = HERE / "../../tools/wine/wine_root.sh"
+NOW = int(time.time())
+GUID = r"(?<!{)(\d-\d-)?\w{8}(-\w{4}){3}-\w{12}"
+names, known_ids = {}, set()
+
+
+def made_id(words, random):
+    """The id "FORMAT of TEXT", where the text may have a name, and "?" is this story's random id."""
+    version, text = words.split(" of ", 1)
+    if text == "?":
+        return version.replace(".", "-") + "-" + random
+    known_ids.add(id_of(version, names.get(text, text)))
+    return id_of(version, names.get(text, text))
+
+
+def counted(text):
+    return struct.pack("<i", len(text)) + text.encode("latin1")
+
+
+def content(words, random=""):
+    """The bytes of a file: an id, a record ("record AGE TYPE VERSION ID; PART, PART") or a text."""
+    if not words.startswith("record "):
+        text = made_id(words, random) if " of " in words else words
+        return b"" if text == "empty" else text.encode("latin1")
+    head, parts = words.split("; ", 1)
+    _, age, kind, version, device_id = head.split(" ", 4)
+    parts = [names.get(part, part) for part in parts.split(", ") if part]
+    return (counted(version) + counted(made_id(device_id, random))
+            + struct.pack("<iqi", int(kind), NOW - int(age), len(parts))
+            + b"".join(map(counted, parts)))
+
+
+def undated(text):
+    """A record without its date, which may lag behind on a slow machine, and that date."""
+    if len(text) < 63 or text[:4] != b"\3\0\0\0":
+        return text, NOW
+    return text[:55] + text[63:], struct.unpack_from("<q", text, 55)[0]
+
+
+class Reply:
+    def __init__(self, answer):
+        result, reads, device_id, log, *files = answer.split("\t")
+        self.result, self.reads, self.id = int(result), int(reads), bytes.fromhex(device_id).decode()
+        log = re.split(r"^\[[\d:]{12}\] ", bytes.fromhex(log).decode("latin1"), flags=re.M)
+        self.lines = [entry[:-1].replace("[Info]  ", "[Info] ", 1) for entry in log[1:]]
+        self.files = {name: bytes.fromhex(data) for name, data in (f.split("=") for f in files)}
+
+    def comparable(self):
+        """What every build has to say and to do."""
+        log = re.sub(r"Diff seconds: (-?\d+)", lambda age: f"about {int(age[1]) // 1000} 000 seconds",
+                     "\n".join(self.lines))
+        log = re.sub(r"(random runtime hid: ).*|( dir: ).*[/\\]", r"\1\2", log)
+        texts = [str(self.result), *log.split("\n")] + sorted(f"{name} {undated(text)[0]}" for name, text in self.files.items())
+        return [re.sub(GUID, lambda id: id[0] if id[0] in known_ids else "?", text) for text in texts]
+
+
+class Story:
+    """What a story does, and what has to be seen of it: functions of the answers to all steps."""
+
+    def __init__(self, title, legend):
+        self.title, self.legend, self.steps, self.checks = title, legend, [], []
+        self.random, self.reply = "", None
+        self.step("renew")
+
+    def step(self, *words):
+        self.steps.append("\t".join(words))
+        return len(self.steps) - 1
+
+    def read(self, line):
+        verb, _, rest = line.partition(" ")
+        left, _, right = rest.partition(" = ")
+        first, _, others = rest.partition(" ")
+        if verb in ("set", "write"):
+            self.step(verb, first, content(others).hex())
+        elif verb in ("get", "recheck", "mod"):
+            place = self.step("call", verb, *(["2.0", left] if verb == "mod" else [left, "0"]))
+            self.checks.append((line, lambda answers: self.replied(Reply(answers[place]), right)))
+        elif verb == "every":
+            self.read_every_format(*rest.removeprefix("format of ").split("; ", 1))
+        elif verb == "remove":
+            self.step(verb, rest)
+        elif verb == "says":
+            self.checks.append((line, lambda _: rest in self.reply.lines))
+        elif verb in ("decides", "reads", "holds"):
+            self.checks.append((line, lambda _: getattr(self, verb)(left, right)))
+        else:
+            place = self.step(verb, *left.split(" "))
+            self.checks.append((line, lambda answers: answers[place] in ("", right)))
+
+    def read_every_format(self, parts, listed):
+        mac = "" if "no network" in self.title else names["M"]
+        parts = names["V"] + parts
+        texts = {"1.0": names["W"] + parts, "1.1": names["W"] + parts + mac,
+                 "1.2": names["W"] + parts + mac}
+        for version in ("1.0", "1.1", "1.2", "1.4", "1.5", "2.0", "1.6"):
+            self.read(f"get {version} = {version} of {texts.get(version, parts + mac)}")
+        self.read(f"holds common/device.id = 1.6 of {parts}{mac}")
+        listed = ", ".join(filter(None, [names["V"], listed, mac]))
+        self.read(f"holds common/hid_settings = record 0 0 2.0 2.0 of {parts}{mac}; {listed}")
+
+    def replied(self, reply, wanted):
+        self.reply = reply
+        if wanted.startswith("result "):
+            return wanted == f"result {reply.result}" and reply.id == "#" and not reply.lines
+        if wanted.endswith(" of ?") and not self.random:
+            self.random = reply.id[4:]
+            return reply.result == 0 and re.fullmatch(GUID, reply.id) and reply.id not in known_ids
+        return (reply.result, reply.id) == (0, made_id(wanted, self.random))
+
+    def decides(self, letters, age):
+        lines = [line for line in self.reply.lines
+                 if not re.match(r"\[Debug\] (?!Exec)|\[Error\] .*(COM|Wmi)", line)]
+        ages = [int(line.split()[-1]) - int(age) for line in lines if "Diff seconds" in line]
+        return len(lines) == len(letters) and all(0 <= late < 600 for late in ages) and all(
+            fnmatch.fnmatchcase(line, self.legend[x]) for line, x in zip(lines, letters))
+
+    def reads(self, count, _):
+        return self.reply.reads in (-1, int(count))
+
+    def holds(self, path, wanted):
+        if wanted == "nothing":
+            return not any(name.startswith(path) for name in self.reply.files)
+        (wanted, date), (text, seen) = map(undated, (
+            content(wanted, self.random), self.reply.files.get(path, b"nothing")))
+        return wanted == text and abs(date - seen) < 600
+
+    def differences(self, native, windows):
+        for step, one, other in zip(self.steps, native, windows):
+            if step.startswith("call"):
+                diff = list(difflib.unified_diff(Reply(one).comparable(), Reply(other).comparable(),
+                                                 "natively", "on Windows", lineterm=""))
+                if diff:
+                    yield "\n".join([f"{self.title}: {step}", *diff])
+
+    def faults(self, answers):
+        self.random = ""
+        for line, seen in self.checks:
+            if not seen(answers):
+                last = "\n".join(map(str, [answers[-1]] if self.reply is None else [
+                    self.reply.result, self.reply.id, *self.reply.lines, self.reply.files]))
+                yield f"{self.title}: {line}\n{last}"
+                return
+
+
+def plain(text):
+    return text.replace("[", "[[]")
+
+
+def outcome(name, file, record, flags, machine, made, record_after, letters, reads):
+    """The story of a line of the table."""
+    def as_record(text):
+        age, same, kind, body, version = (text + ",2.0").split(",")[:5]
+        other = ["other"] * (4 - int(same))
+        parts = (other + ["1234abcd", "pf0xyz", "board7", "00:1a:2b:c3:d4:0f"][len(other):])
+        return f"record {age} {kind} {version} 2.0 of {body}; {', '.join(parts * (same != '0'))}"
+
+    files = {"v2": "device.idv2 1.6 of S", "v1": "device.id 1.6 of S", "bad": "device.idv2 1-6-no id"}
+    yield from (f"write common/{files[key]}" for key in file.split("+") if key in files)
+    if record != "-":
+        yield f"write common/hid_settings {as_record(record)}"
+    yield {"ok": "", "lost": "set hardware none", "nocom": "apartment sta = 0",
+           "nolist": "apartment late"}[machine]
+    kept = {"v2": "1.6 of S", "bad": "1-6-no id"}.get(file, "empty")
+    yield f"mod {flags} = " + ("result 4" if made == "-" else f"2.0 of {made}")
+    yield "holds common/device.idv2 = " + (kept if made == "-" else f"1.6 of {made}")
+    yield "holds common/hid_settings = " + (
+        as_record(record_after) if record_after != "-" else "nothing")
+    yield from ("holds user/ = nothing", f"reads {reads}")
+    if made != "-":
+        yield f"decides {letters} = {record.split(',')[0]}"
+    if machine != "ok":
+        yield "apartment none = 0, then -2147221008"
+
+
+def read_stories():
+    table = (HERE / "outcomes.txt").read_text().splitlines()
+    texts = (HERE / "stories.txt").read_text().splitlines()
+    names.update(line[4:].split(" = ") for line in texts if line.startswith("let "))
+    legend = {line[2]: plain(line[4:].replace("AGE", "*")) for line in table if line[:2] == "= "}
+    stories = []
+    for words in (line.split() for line in table if line and line[0] not in "#="):
+        native = " (native)" if words[4] in ("lost", "nolist") else ""
+        texts += [f"== {words[0]}{native}", *outcome(*words)]
+    for line in texts:
+        if line.startswith("== "):
+            stories.append(Story(line[3:], legend))
+        elif line and not line.startswith(("#", "let ")):
+            stories[-1].read(line.encode().decode("unicode_escape"))
+    return stories
+
+
+def play(stories, command):
+    """The answers of all stories, each as a list."""
+    steps = [step for story in stories for step in story.steps]
+    done = subprocess.run(command, input="\n".join(steps) + "\n", text=True, stdout=subprocess.PIPE,
+                          check=False)
+    answers = [answer.strip("\r") for answer in done.stdout.split("\n")[:-1]]
+    if done.returncode != 0 or len(answers) != len(steps):
+        sys.exit(f"{command} ended with {done.returncode} after step {len(answers)} of {len(steps)}:"
+                 f" {steps[:len(answers) + 1][-1]}")
+    return [[answers.pop(0) for _ in story.steps] for story in stories]
+
+
+def main():
+    stories = read_stories()
+    native = play(stories, [sys.argv[1]])
+    faults = [fault for story, answers in zip(stories, native) for fault in story.faults(answers)]
+    played = len(stories)
+    if len(sys.argv) > 2:
+        reason = subprocess.run([WINE, "why-not"], check=False)
+        if reason.returncode != 0:
+            sys.exit(reason.returncode)
+        for network in ("--nic 00:1a:2b:c3:d4:0f", "--no-network"):
+            here = [(story, answers) for story, answers in zip(stories, native)
+                    if "(native)" not in story.title and
+                    ("(no network)" in story.title) == (network == "--no-network")]
+            windows = play([story for story, _ in here], [
+                WINE, "run", "--serial", "1234ABCD", *network.split(), sys.argv[2]])
+            for (story, wanted), got in zip(here, windows):
+                faults += story.faults(got)
+                faults += story.differences(wanted, got)
+    print(*faults, sep="\n\n")
+    print(f"{played} stories, {len(faults)} faults")
+    sys.exit(bool(faults))
+
+
+main()

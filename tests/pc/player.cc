@@ -1,0 +1,101 @@
+// Reads steps from standard input, one a line with tabs between its words, plays them, and answers
+// each with one line. Texts of any kind go in and out as hexadecimal bytes.
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+
+#include "pc/pc.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Hex(const std::string& bytes) {
+  std::string text;
+  for (const char byte : bytes) {
+    text += "0123456789abcdef"[(byte >> 4) & 15];
+    text += "0123456789abcdef"[byte & 15];
+  }
+  return text;
+}
+
+std::string Bytes(const std::string& hex) {
+  std::string bytes;
+  for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
+    bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+  }
+  return bytes;
+}
+
+// "common", "user", "old-common" and "old-user" are the library's folders, and "/NAME" is in them.
+fs::path Path(const std::string& text) {
+  const std::string folder = text.substr(0, text.find('/'));
+  const std::string root = pc::Root(folder.ends_with("common"));
+  return root + (folder.starts_with("old-") ? "/Fennel" : "/BrindleQuayWorks") +
+         text.substr(folder.size());
+}
+
+// NAME=BYTES of all files in those folders.
+std::string Files() {
+  std::string text;
+  for (const std::string folder : {"common", "user", "old-common", "old-user"}) {
+    if (!fs::is_directory(Path(folder))) continue;
+    for (const auto& entry : fs::directory_iterator(Path(folder))) {
+      std::ifstream file(entry.path(), std::ios::binary);
+      const std::string bytes(std::istreambuf_iterator<char>(file), {});
+      text += '\t' + folder + '/' + entry.path().filename().string() + '=' + Hex(bytes);
+    }
+  }
+  return text;
+}
+
+// call NAME VERSION FLAGS gives: result, times that the hardware was collected, id, log, files.
+std::string Call(const std::vector<std::string>& step) {
+  std::string id(64, 0), log(1 << 16, 0);
+  id[0] = log[0] = '#';
+  const auto size = static_cast<uint32_t>(log.size());
+  const pc::Library library = pc::TheLibrary();
+  const int collections = pc::CountCollections();
+  int result = -1;
+  if (step[1] == "get") result = library.get(id.data(), 64, step[2].c_str(), log.data(), size);
+  if (step[1] == "recheck") {
+    result = library.recheck(id.data(), 64, step[2].c_str(), log.data(), size);
+  }
+  if (step[1] == "mod") {
+    result = library.mod(id.data(), 64, step[2].c_str(), log.data(), size,
+                         static_cast<uint32_t>(std::stoul(step[3])));
+  }
+  std::ostringstream answer;
+  answer << result << '\t' << (collections < 0 ? -1 : pc::CountCollections() - collections) << '\t'
+         << Hex(id.substr(0, id.find('\0'))) << '\t' << Hex(log.substr(0, log.find('\0')))
+         << Files();
+  return answer.str();
+}
+
+std::string Play(const std::vector<std::string>& step) {
+  if (step[0] == "call") return Call(step);
+  if (step[0] == "renew") return pc::Renew(), "";
+  if (step[0] == "set") return pc::SetPart(step[1], Bytes(step.size() > 2 ? step[2] : "")), "";
+  if (step[0] == "apartment") return pc::SetApartment(step[1]);
+  if (step[0] == "remove") return fs::remove_all(Path(step[1])), "";
+  if (step[0] != "write") return pc::PlayOther(step);
+  fs::create_directories(Path(step[1]).parent_path());
+  std::ofstream(Path(step[1]), std::ios::binary) << Bytes(step.size() > 2 ? step[2] : "");
+  return "";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc > 1) return std::stoi(pc::PlayOther({argv + 1, argv + argc}));
+  for (std::string line; std::getline(std::cin, line);) {
+    std::vector<std::string> step;
+    std::istringstream words(line);
+    for (std::string word; std::getline(words, word, '\t');) step.push_back(word);
+    if (!step.empty() && step.back().ends_with('\r')) step.back().pop_back();
+    std::cout << Play(step) << std::endl;
+  }
+}

@@ -1,0 +1,194 @@
+// The real thing. Wine reads the serial numbers of its PC anew at every query.
+
+#include <winsock2.h>
+
+#include <windows.h>
+
+#include <process.h>
+#include <shlobj.h>
+#include <tlhelp32.h>
+#include <wbemcli.h>
+#include <winternl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+
+#include "pc/pc.h"
+
+namespace pc {
+namespace {
+
+const std::string kNetClass = "{4d36e972-e325-11ce-bfc1-08002be10318}";
+
+template <typename Function>
+Function Find(const char* module, const char* name) {
+  return reinterpret_cast<Function>(
+      reinterpret_cast<void*>(GetProcAddress(LoadLibraryA(module), name)));
+}
+
+void SetRegistry(const std::string& key, const char* name, const std::string& value) {
+  RegSetKeyValueA(HKEY_LOCAL_MACHINE, ("System\\CurrentControlSet\\" + key).c_str(), name, REG_SZ,
+                  value.c_str(), static_cast<DWORD>(value.size() + 1));
+}
+
+void SetPciAdapter(const std::string& instance_id) {
+  RegDeleteTreeA(HKEY_LOCAL_MACHINE, "System\\CurrentControlSet\\Enum\\PCI");
+  if (instance_id.empty()) return;
+  const std::string device = "Enum\\PCI\\VEN_8086&DEV_100E\\0000";
+  SetRegistry(device, "ClassGUID", kNetClass);
+  SetRegistry(device, "Driver", kNetClass + "\\0001");
+  SetRegistry(device, "FriendlyName", "PCI adapter");
+  SetRegistry("Control\\Class\\" + kNetClass + "\\0001", "NetCfgInstanceId", instance_id);
+}
+
+// Of this process, by the system's own tables: the handle counter for processes is a stub in Wine.
+std::string CountHandlesAndThreads() {
+  struct Handle {
+    USHORT process, back_trace;
+    UCHAR type, attributes;
+    USHORT value;
+    void* object;
+    ULONG access;
+  };
+  static std::vector<ULONG> table(1 << 18);
+  const auto query = Find<decltype(&NtQuerySystemInformation)>("ntdll", "NtQuerySystemInformation");
+  query(static_cast<SYSTEM_INFORMATION_CLASS>(16), table.data(),
+        static_cast<ULONG>(table.size() * sizeof(ULONG)), nullptr);
+  const auto* const first = reinterpret_cast<const Handle*>(table.data() + 1);
+  const auto handles = std::count_if(first, first + table[0], [](const Handle& handle) {
+    return handle.process == (GetCurrentProcessId() & 0xffff);
+  });
+  int threads = 0;
+  THREADENTRY32 thread = {};
+  thread.dwSize = sizeof(thread);
+  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  for (BOOL more = Thread32First(snapshot, &thread); more; more = Thread32Next(snapshot, &thread)) {
+    threads += thread.th32OwnerProcessID == GetCurrentProcessId();
+  }
+  CloseHandle(snapshot);
+  return std::to_string(handles) + " handles, " + std::to_string(threads) + " threads";
+}
+
+// Loads, calls and unloads the library so often, and says what that leaves.
+std::string Cycle(int times) {
+  while (FreeLibrary(GetModuleHandleA("deviceid.dll"))) continue;
+  std::string before;
+  for (int i = 0; i < times + 10; ++i) {
+    // What the system itself loads and keeps comes with the first calls.
+    if (i == 10) before = CountHandlesAndThreads();
+    char id[64];
+    const auto get = Find<decltype(&::GetHardwareId)>("deviceid.dll", "GetHardwareId");
+    const int result = get(id, sizeof(id), "1.5", nullptr, 0);
+    FreeLibrary(GetModuleHandleA("deviceid.dll"));
+    if (result != 0) return "result " + std::to_string(result);
+    if (GetModuleHandleA("deviceid.dll") != nullptr) return "stays loaded";
+  }
+  const std::string after = CountHandlesAndThreads();
+  CreateEventA(nullptr, FALSE, FALSE, nullptr);
+  if (CountHandlesAndThreads() == after) return "a leak would not show";
+  return after == before ? "nothing left" : before + ", then " + after;
+}
+
+// What each thread of a crowd does, and how often that fails.
+std::vector<std::string> task;
+std::atomic<int> failures;
+
+DWORD WINAPI CallOften(void* /*unused*/) {
+  // Wine's WMI crashes when threads use it at the same time; in such an apartment none is used.
+  if (task[3] == "sta") CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+  for (int i = 0; i < std::stoi(task[2]); ++i) {
+    char id[64] = "";
+    const int result = TheLibrary().get(id, sizeof(id), "2.0", nullptr, 0);
+    const bool no_id_yet = result == 4 && task[3] == "new";
+    if (!no_id_yet && (result != 0 || id != task[4])) ++failures;
+  }
+  return 0;
+}
+
+// One process of a crowd: THREADS CALLS KIND ID, where KIND is "new" for a PC that may have no id
+// yet, or "sta" for threads in single-threaded apartments.
+std::string CallFromThreads(const std::vector<std::string>& step) {
+  task = step;
+  std::vector<HANDLE> threads(std::stoul(step[1]));
+  for (HANDLE& thread : threads) thread = CreateThread(nullptr, 0, CallOften, nullptr, 0, nullptr);
+  WaitForMultipleObjects(static_cast<DWORD>(threads.size()), threads.data(), TRUE, INFINITE);
+  return std::to_string(failures);
+}
+
+// Runs so many processes of such a crowd at once.
+std::string CallFromProcesses(const std::vector<std::string>& step) {
+  std::vector<intptr_t> processes(std::stoul(step[1]));
+  for (intptr_t& process : processes) {
+    process = _spawnl(_P_NOWAIT, "player.exe", "player.exe", "threads", step[2].c_str(),
+                      step[3].c_str(), step[4].c_str(), step[5].c_str(), nullptr);
+  }
+  int sum = 0;
+  for (const intptr_t process : processes) {
+    int status = -1;
+    _cwait(&status, process, 0);
+    sum += std::abs(status);
+  }
+  return std::to_string(sum) + " failures";
+}
+
+}  // namespace
+
+Library TheLibrary() {
+  return {Find<decltype(&::GetHardwareId)>("deviceid.dll", "GetHardwareId"),
+          Find<decltype(&::RecheckHardwareId)>("deviceid.dll", "RecheckHardwareId"),
+          Find<decltype(&::GetHardwareIdMod)>("deviceid.dll", "GetHardwareIdMod")};
+}
+
+std::string Root(bool common) {
+  char folder[MAX_PATH] = "";
+  SHGetFolderPathA(nullptr, common ? CSIDL_COMMON_APPDATA : CSIDL_APPDATA, nullptr, 0, folder);
+  return folder;
+}
+
+void Renew() {
+  for (const bool common : {true, false}) {
+    std::filesystem::remove_all(Root(common) + "/BrindleQuayWorks");
+    std::filesystem::remove_all(Root(common) + "/Fennel");
+  }
+  SetPart("product", "PF0XYZ");
+  SetPart("board", "BOARD7");
+  SetPart("pci", "");
+}
+
+void SetPart(const std::string& part, const std::string& value) {
+  if (part == "pci") return SetPciAdapter(value);
+  if (part == "product" || part == "board") {
+    std::ofstream("Z:/sys/class/dmi/id/" + part + "_serial", std::ios::binary) << value << '\n';
+  }
+}
+
+std::string SetApartment(const std::string& apartment) {
+  const auto code = [](HRESULT result) { return std::to_string(result); };
+  if (apartment != "none") {
+    const DWORD kind = apartment == "sta" ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED;
+    return code(CoInitializeEx(nullptr, kind));
+  }
+  const auto use = [] {
+    IUnknown* object = nullptr;
+    const HRESULT result = CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER,
+                                            IID_IUnknown, reinterpret_cast<void**>(&object));
+    if (object != nullptr) object->Release();
+    return result;
+  };
+  const std::string inside = code(use());
+  CoUninitialize();
+  return inside + ", then " + code(use());
+}
+
+int CountCollections() { return -1; }
+
+std::string PlayOther(const std::vector<std::string>& step) {
+  if (step[0] == "cycle") return Cycle(std::stoi(step[1]));
+  if (step[0] == "threads") return CallFromThreads(step);
+  if (step[0] == "processes") return CallFromProcesses(step);
+  return "no such step";
+}
+
+}  // namespace pc
