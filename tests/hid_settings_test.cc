@@ -1,11 +1,10 @@
-// The record file byte by byte, the emulated list, and the comparison of two lists.
+// The record file byte by byte, and the comparison of two lists.
 
 #include "storage/hid_settings.h"
 
 #include <filesystem>
 
 #include "identity/hardware_id_matching.h"
-#include "storage/emulated_hardware_ids.h"
 #include "support/scripted_machine.h"
 #include "support/stored_record.h"
 
@@ -76,22 +75,6 @@ TEST_F(SettingsTest, OddFieldsEndTheCallOrAreTakenAsTheyAre) {
     EXPECT_EQ(reply.result, result);
     EXPECT_THAT(reply.log, testing::HasSubstr(line));
     EXPECT_EQ(ReadFileText(file) == bytes, result == 3) << line;
-  }
-}
-
-TEST_F(SettingsTest, EmulatedIdsAreTheLinesOfAWindowsTextFile) {
-  WriteFileText(pc.User("hardware_ids.emulated"), "a\n");
-  EXPECT_FALSE(ReadEmulatedHardwareIds());
-  const std::pair<const char*, Ids> cases[] = {
-      {"", {}},
-      {"a\r\n\r\nb\n", {"a", "", "b"}},
-      {" a \r\r\nb\r", {" a \r", "b\r"}},
-      {"a\rb\nc\032d\ne", {"a\rb", "c"}},
-      {"a\n\032\nb", {"a"}},
-  };
-  for (const auto& [text, ids] : cases) {
-    WriteFileText(pc.Common("hardware_ids.emulated"), text);
-    EXPECT_EQ(ReadEmulatedHardwareIds(), HardwareIdSet(ids)) << text;
   }
 }
 

@@ -1,6 +1,12 @@
 // The scripted machine in the shape in which Wine shows its PC.
 
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <future>
 #include <memory>
+#include <stdexcept>
 
 #include "pc/pc.h"
 #include "platform/windows_api.h"
@@ -23,8 +29,16 @@ class WinePc : public system_info::ScriptedMachine {
         {"{00000002-0000-0000-0000-4E6574446576}", "nic", {0x00, 0x1a, 0x2b, 0xc3, 0xd4, 0x0f}},
         {"{00000003-0000-0000-0000-4E6574446576}", "other", {0x02, 0, 0, 0, 0, 0x01}}};
     pci_devices.clear();
+    wmi[L"Win32_BaseBoard"].push_back({{L"SerialNumber", L"Only the first row counts"}});
     ticks = std::time(nullptr) * 10'000'000LL;
   }
+
+  // Without a lock, which would order threads and hide a race.
+  std::optional<std::uint32_t> FailureOf(PlatformCall call, std::string_view subject) override {
+    return in_crowd ? std::nullopt : ScriptedMachine::FailureOf(call, subject);
+  }
+
+  bool in_crowd = false;
 };
 
 std::unique_ptr<WinePc> machine;
@@ -34,11 +48,16 @@ std::unique_ptr<WinePc> machine;
 Library TheLibrary() { return {&::GetHardwareId, &::RecheckHardwareId, &::GetHardwareIdMod}; }
 
 void Renew() {
+  if (!(system_info::CountLiveObjects() == system_info::LiveObjects{})) {
+    throw std::runtime_error("objects of the platform are left over");
+  }
   machine.reset();
   machine = std::make_unique<WinePc>();
 }
 
-std::string Root(bool common) { return *(common ? machine->common_root : machine->user_root); }
+std::string Root(bool common) {
+  return (common ? machine->common_root : machine->user_root).value_or("");
+}
 
 void SetPart(const std::string& part, const std::string& value) {
   std::wstring text;
@@ -77,6 +96,44 @@ int CountCollections() {
   return static_cast<int>(machine->Seen(PlatformCall::kCoInitializeEx).size());
 }
 
-std::string PlayOther(const std::vector<std::string>& /*step*/) { return ""; }
+std::string RunProcesses(int processes, int threads, const std::vector<std::string>& task) {
+  machine->in_crowd = true;
+  for (int process = 0; process < processes; ++process) {
+    if (fork() != 0) continue;
+    std::vector<std::future<int>> running;
+    for (int thread = 0; thread < threads; ++thread) {
+      running.push_back(std::async(std::launch::async, CountFailures, task));
+    }
+    int failures = 0;
+    for (std::future<int>& thread : running) failures += thread.get();
+    if (!(system_info::CountLiveObjects() == system_info::LiveObjects{})) ++failures;
+    _exit(std::min(failures, 100));
+  }
+  machine->in_crowd = false;
+  int sum = 0;
+  for (int status = 0; wait(&status) > 0;) sum += status;
+  return std::to_string(sum) + " failures";
+}
+
+// "trouble CALL [FOLDER]": a platform call fails from now on, everywhere or in one folder.
+std::string PlayOther(const std::vector<std::string>& step) {
+  using enum PlatformCall;
+  static const std::map<std::string, PlatformCall> kCalls = {
+      {"open", kCreateFile},      {"read", kReadFile},     {"write", kWriteFile},
+      {"short", kWriteFileShort}, {"delete", kDeleteFile}, {"mkdir", kCreateDirectory}};
+  if (step[0] != "trouble") return "";
+  const auto call = kCalls.find(step[1]);
+  if (call != kCalls.end()) machine->Fail(call->second, 10, step.size() > 2 ? step[2] : "");
+  if (step[1] == "halt") machine->At(kCoInitializeEx, "", [] { throw 7; });
+  if (step[1] == "race") {
+    machine->At(kCreateDirectory, "", [] {
+      system_info::WriteFileText(machine->Common("device.id"),
+                                 "9-5-ABCDEF01-2345-6789-ABCD-EF0123456789");
+    });
+  }
+  if (step[1] == "lost") machine->common_root = machine->user_root = std::nullopt;
+  if (step[1] == "lost") machine->Fail(kCreateFile, 10);
+  return "";
+}
 
 }  // namespace pc

@@ -35,6 +35,14 @@ std::string SetApartment(const std::string& apartment);
 // How often the hardware was collected so far, or -1.
 int CountCollections();
 
+// Runs so many processes at once, each of which calls CountFailures on so many threads, and adds up
+// what they counted.
+std::string RunProcesses(int processes, int threads, const std::vector<std::string>& task);
+
+// Calls the library CALLS times for the id ID in format 2.0 and counts what comes of it otherwise.
+// `task` is CALLS KIND ID. On a "new" PC result 4 is no failure: there may be no id yet.
+int CountFailures(const std::vector<std::string>& task);
+
 // What only one of the builds can play.
 std::string PlayOther(const std::vector<std::string>& step);
 

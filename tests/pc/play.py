@@ -26,7 +26,10 @@ names, known_ids = {}, set()
 
 
 def made_id(words, random):
-    """The id "FORMAT of TEXT", where the text may have a name, and "?" is this story's random id."""
+    """An id as it is, or "FORMAT of TEXT", where "?" is the last random id. All have names."""
+    if " of " not in words:
+        known_ids.add(names.get(words, words))
+        return names.get(words, words)
     version, text = words.split(" of ", 1)
     if text == "?":
         return version.replace(".", "-") + "-" + random
@@ -41,11 +44,10 @@ def counted(text):
 def content(words, random=""):
     """The bytes of a file: an id, a record ("record AGE TYPE VERSION ID; PART, PART") or a text."""
     if not words.startswith("record "):
-        text = made_id(words, random) if " of " in words else words
-        return b"" if text == "empty" else text.encode("latin1")
+        return b"" if words == "empty" else made_id(words, random).encode("latin1")
     head, parts = words.split("; ", 1)
     _, age, kind, version, device_id = head.split(" ", 4)
-    parts = [names.get(part, part) for part in parts.split(", ") if part]
+    parts = [names.get(part, part) for part in parts.split(", ")] if parts else []
     return (counted(version) + counted(made_id(device_id, random))
             + struct.pack("<iqi", int(kind), NOW - int(age), len(parts))
             + b"".join(map(counted, parts)))
@@ -102,7 +104,7 @@ class Story:
             self.step(verb, rest)
         elif verb == "says":
             self.checks.append((line, lambda _: rest in self.reply.lines))
-        elif verb in ("decides", "reads", "holds"):
+        elif verb in ("decides", "reads", "queries", "holds"):
             self.checks.append((line, lambda _: getattr(self, verb)(left, right)))
         else:
             place = self.step(verb, *left.split(" "))
@@ -110,33 +112,41 @@ class Story:
 
     def read_every_format(self, parts, listed):
         mac = "" if "no network" in self.title else names["M"]
-        parts = names["V"] + parts
-        texts = {"1.0": names["W"] + parts, "1.1": names["W"] + parts + mac,
-                 "1.2": names["W"] + parts + mac}
-        for version in ("1.0", "1.1", "1.2", "1.4", "1.5", "2.0", "1.6"):
-            self.read(f"get {version} = {version} of {texts.get(version, parts + mac)}")
-        self.read(f"holds common/device.id = 1.6 of {parts}{mac}")
+        newer = names["V"] + parts + mac
+        older = names["W"] + newer
+        for version, text, queries in (
+                ("1.0", names["W"] + names["V"] + parts, 5), ("1.1", older, 6), ("1.2", older, 6),
+                ("1.4", newer, 4), ("1.5", newer, 3), ("2.0", newer, 6), ("1.6", newer, 3)):
+            self.read(f"get {version} = {version} of {text}")
+            if mac:
+                self.read(f"queries {queries}")
+        self.read(f"holds common/device.id = 1.6 of {newer}")
         listed = ", ".join(filter(None, [names["V"], listed, mac]))
-        self.read(f"holds common/hid_settings = record 0 0 2.0 2.0 of {parts}{mac}; {listed}")
+        self.read(f"holds common/hid_settings = record 0 0 2.0 2.0 of {newer}; {listed}")
 
     def replied(self, reply, wanted):
         self.reply = reply
         if wanted.startswith("result "):
             return wanted == f"result {reply.result}" and reply.id == "#" and not reply.lines
-        if wanted.endswith(" of ?") and not self.random:
-            self.random = reply.id[4:]
-            return reply.result == 0 and re.fullmatch(GUID, reply.id) and reply.id not in known_ids
+        if wanted.startswith("failure "):
+            return wanted == f"failure {reply.result}" and reply.id == "#"
+        if wanted.endswith(" of ??"):
+            old, self.random = self.random, reply.id[4:]
+            return re.fullmatch(GUID, reply.id) and reply.id not in known_ids and self.random != old
         return (reply.result, reply.id) == (0, made_id(wanted, self.random))
 
     def decides(self, letters, age):
         lines = [line for line in self.reply.lines
-                 if not re.match(r"\[Debug\] (?!Exec)|\[Error\] .*(COM|Wmi)", line)]
+                 if not re.match(r"\[Debug\] (?!Exec|\[Copy|Received)|\[Error\] .*(COM|Wmi)", line)]
         ages = [int(line.split()[-1]) - int(age) for line in lines if "Diff seconds" in line]
         return len(lines) == len(letters) and all(0 <= late < 600 for late in ages) and all(
             fnmatch.fnmatchcase(line, self.legend[x]) for line, x in zip(lines, letters))
 
     def reads(self, count, _):
         return self.reply.reads in (-1, int(count))
+
+    def queries(self, count, _):
+        return sum("WMI property" in line for line in self.reply.lines) == int(count)
 
     def holds(self, path, wanted):
         if wanted == "nothing":
@@ -154,7 +164,6 @@ class Story:
                     yield "\n".join([f"{self.title}: {step}", *diff])
 
     def faults(self, answers):
-        self.random = ""
         for line, seen in self.checks:
             if not seen(answers):
                 last = "\n".join(map(str, [answers[-1]] if self.reply is None else [
@@ -182,7 +191,7 @@ def outcome(name, file, record, flags, machine, made, record_after, letters, rea
     yield {"ok": "", "lost": "set hardware none", "nocom": "apartment sta = 0",
            "nolist": "apartment late"}[machine]
     kept = {"v2": "1.6 of S", "bad": "1-6-no id"}.get(file, "empty")
-    yield f"mod {flags} = " + ("result 4" if made == "-" else f"2.0 of {made}")
+    yield f"mod {flags} = " + ("result 4" if made == "-" else f"2.0 of {made}").replace("?", "??")
     yield "holds common/device.idv2 = " + (kept if made == "-" else f"1.6 of {made}")
     yield "holds common/hid_settings = " + (
         as_record(record_after) if record_after != "-" else "nothing")
@@ -196,7 +205,7 @@ def outcome(name, file, record, flags, machine, made, record_after, letters, rea
 def read_stories():
     table = (HERE / "outcomes.txt").read_text().splitlines()
     texts = (HERE / "stories.txt").read_text().splitlines()
-    names.update(line[4:].split(" = ") for line in texts if line.startswith("let "))
+    names.update(line[4:].encode().decode("unicode_escape").split(" = ") for line in texts if line.startswith("let "))
     legend = {line[2]: plain(line[4:].replace("AGE", "*")) for line in table if line[:2] == "= "}
     stories = []
     for words in (line.split() for line in table if line and line[0] not in "#="):
@@ -206,6 +215,7 @@ def read_stories():
         if line.startswith("== "):
             stories.append(Story(line[3:], legend))
         elif line and not line.startswith(("#", "let ")):
+            line = re.sub(r"(\d+) times (\w)", lambda many: many[2] * int(many[1]), line)
             stories[-1].read(line.encode().decode("unicode_escape"))
     return stories
 

@@ -81,6 +81,9 @@ std::string Play(const std::vector<std::string>& step) {
   if (step[0] == "set") return pc::SetPart(step[1], Bytes(step.size() > 2 ? step[2] : "")), "";
   if (step[0] == "apartment") return pc::SetApartment(step[1]);
   if (step[0] == "remove") return fs::remove_all(Path(step[1])), "";
+  if (step[0] == "processes") {
+    return pc::RunProcesses(std::stoi(step[1]), std::stoi(step[2]), {step.begin() + 3, step.end()});
+  }
   if (step[0] != "write") return pc::PlayOther(step);
   fs::create_directories(Path(step[1]).parent_path());
   std::ofstream(Path(step[1]), std::ios::binary) << Bytes(step.size() > 2 ? step[2] : "");
@@ -88,6 +91,17 @@ std::string Play(const std::vector<std::string>& step) {
 }
 
 }  // namespace
+
+int pc::CountFailures(const std::vector<std::string>& task) {
+  int failures = 0;
+  for (int i = 0; i < std::stoi(task[0]); ++i) {
+    char id[64] = "";
+    const int result = TheLibrary().get(id, sizeof(id), "2.0", nullptr, 0);
+    const bool no_id_yet = result == 4 && task[1] == "new";
+    if (!no_id_yet && (result != 0 || id != task[2])) ++failures;
+  }
+  return failures;
+}
 
 int main(int argc, char** argv) {
   if (argc > 1) return std::stoi(pc::PlayOther({argv + 1, argv + argc}));

@@ -91,46 +91,14 @@ std::string Cycle(int times) {
   return after == before ? "nothing left" : before + ", then " + after;
 }
 
-// What each thread of a crowd does, and how often that fails.
-std::vector<std::string> task;
+std::vector<std::string> task_of_threads;
 std::atomic<int> failures;
 
-DWORD WINAPI CallOften(void* /*unused*/) {
+DWORD WINAPI RunThread(void* /*unused*/) {
   // Wine's WMI crashes when threads use it at the same time; in such an apartment none is used.
-  if (task[3] == "sta") CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-  for (int i = 0; i < std::stoi(task[2]); ++i) {
-    char id[64] = "";
-    const int result = TheLibrary().get(id, sizeof(id), "2.0", nullptr, 0);
-    const bool no_id_yet = result == 4 && task[3] == "new";
-    if (!no_id_yet && (result != 0 || id != task[4])) ++failures;
-  }
+  if (task_of_threads[1] == "sta") CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+  failures += CountFailures(task_of_threads);
   return 0;
-}
-
-// One process of a crowd: THREADS CALLS KIND ID, where KIND is "new" for a PC that may have no id
-// yet, or "sta" for threads in single-threaded apartments.
-std::string CallFromThreads(const std::vector<std::string>& step) {
-  task = step;
-  std::vector<HANDLE> threads(std::stoul(step[1]));
-  for (HANDLE& thread : threads) thread = CreateThread(nullptr, 0, CallOften, nullptr, 0, nullptr);
-  WaitForMultipleObjects(static_cast<DWORD>(threads.size()), threads.data(), TRUE, INFINITE);
-  return std::to_string(failures);
-}
-
-// Runs so many processes of such a crowd at once.
-std::string CallFromProcesses(const std::vector<std::string>& step) {
-  std::vector<intptr_t> processes(std::stoul(step[1]));
-  for (intptr_t& process : processes) {
-    process = _spawnl(_P_NOWAIT, "player.exe", "player.exe", "threads", step[2].c_str(),
-                      step[3].c_str(), step[4].c_str(), step[5].c_str(), nullptr);
-  }
-  int sum = 0;
-  for (const intptr_t process : processes) {
-    int status = -1;
-    _cwait(&status, process, 0);
-    sum += std::abs(status);
-  }
-  return std::to_string(sum) + " failures";
 }
 
 }  // namespace
@@ -184,11 +152,30 @@ std::string SetApartment(const std::string& apartment) {
 
 int CountCollections() { return -1; }
 
+std::string RunProcesses(int processes, int threads, const std::vector<std::string>& task) {
+  std::vector<intptr_t> started;
+  for (int i = 0; i < processes; ++i) {
+    started.push_back(_spawnl(_P_NOWAIT, "player.exe", "player.exe", "threads",
+                              std::to_string(threads).c_str(), task[0].c_str(), task[1].c_str(),
+                              task[2].c_str(), nullptr));
+  }
+  int sum = 0;
+  for (const intptr_t process : started) {
+    int status = -1;
+    _cwait(&status, process, 0);
+    sum += std::abs(status);
+  }
+  return std::to_string(sum) + " failures";
+}
+
 std::string PlayOther(const std::vector<std::string>& step) {
   if (step[0] == "cycle") return Cycle(std::stoi(step[1]));
-  if (step[0] == "threads") return CallFromThreads(step);
-  if (step[0] == "processes") return CallFromProcesses(step);
-  return "no such step";
+  if (step[0] != "threads") return "no such step";
+  task_of_threads.assign(step.begin() + 2, step.end());
+  std::vector<HANDLE> threads(std::stoul(step[1]));
+  for (HANDLE& thread : threads) thread = CreateThread(nullptr, 0, RunThread, nullptr, 0, nullptr);
+  WaitForMultipleObjects(static_cast<DWORD>(threads.size()), threads.data(), TRUE, INFINITE);
+  return std::to_string(failures);
 }
 
 }  // namespace pc

@@ -24,11 +24,13 @@ need_packages() {
 # The host program and what it is built from.
 readonly build_packages=(cmake ninja-build g++ libc6-dev libcli11-dev nlohmann-json3-dev)
 
-# What the tests need beside that.
-readonly test_packages=(
-    libgtest-dev libgmock-dev python3 clang clang-format clang-tidy
+# The DLL and the environment that it runs in here.
+readonly windows_packages=(
     g++-mingw-w64-i686 binutils-mingw-w64-i686 debootstrap iproute2 util-linux
 )
+
+# What the tests need beside those.
+readonly test_packages=(libgtest-dev libgmock-dev python3 clang clang-format clang-tidy)
 
 # build_preset NAME [TARGET...]: configures and builds one preset.
 build_preset() {
