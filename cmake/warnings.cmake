@@ -1,4 +1,4 @@
 # Warnings are errors, in every target of the project.
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Werror)
-add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
-                    $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
+add_compile_options(
+  "$<$<COMPILE_LANGUAGE:C,CXX>:-Wall;-Wextra;-Wpedantic;-Wshadow;-Wconversion;-Wsign-conversion;-Werror>"
+  "$<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Woverloaded-virtual>")

@@ -1,6 +1,9 @@
 // The entry point that the system calls when a process loads or unloads the library. Windows only.
 //
 // It touches no COM, file, registry or hardware: the loader's lock is held here.
+//
+// The system refuses to turn off the notifications of threads for a DLL with a TLS directory.
+// MinGW's runtime has one: there it frees what it keeps for each thread that has seen an exception.
 
 #include "platform/windows/runtime_handles.h"
 #include "platform/windows_api.h"

@@ -43,8 +43,8 @@ void SetPciAdapter(const std::string& instance_id) {
   SetRegistry("Control\\Class\\" + kNetClass + "\\0001", "NetCfgInstanceId", instance_id);
 }
 
-// Of this process, by the system's own tables: the handle counter for processes is a stub in Wine.
-std::string CountHandlesAndThreads() {
+// What this process has, by the system's own tables: its counter of handles is a stub in Wine.
+std::string CountResources() {
   struct Handle {
     USHORT process, back_trace;
     UCHAR type, attributes;
@@ -53,6 +53,8 @@ std::string CountHandlesAndThreads() {
     ULONG access;
   };
   static std::vector<ULONG> table(1 << 18);
+  static std::vector<DWORD> slots(2000);
+  slots.clear();
   const auto query = Find<decltype(&NtQuerySystemInformation)>("ntdll", "NtQuerySystemInformation");
   query(static_cast<SYSTEM_INFORMATION_CLASS>(16), table.data(),
         static_cast<ULONG>(table.size() * sizeof(ULONG)), nullptr);
@@ -68,7 +70,14 @@ std::string CountHandlesAndThreads() {
     threads += thread.th32OwnerProcessID == GetCurrentProcessId();
   }
   CloseHandle(snapshot);
-  return std::to_string(handles) + " handles, " + std::to_string(threads) + " threads";
+  for (DWORD slot = 0; (slot = TlsAlloc()) != TLS_OUT_OF_INDEXES;) slots.push_back(slot);
+  for (const DWORD slot : slots) TlsFree(slot);
+  int blocks = 0;
+  PROCESS_HEAP_ENTRY entry = {};
+  while (HeapWalk(GetProcessHeap(), &entry))
+    blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
+  return std::to_string(handles) + " handles, " + std::to_string(threads) + " threads, " +
+         std::to_string(slots.size()) + " free slots, " + std::to_string(blocks) + " blocks";
 }
 
 // Loads, calls and unloads the library so often, and says what that leaves.
@@ -77,7 +86,7 @@ std::string Cycle(int times) {
   std::string before;
   for (int i = 0; i < times + 10; ++i) {
     // What the system itself loads and keeps comes with the first calls.
-    if (i == 10) before = CountHandlesAndThreads();
+    if (i == 10) before = CountResources();
     char id[64];
     const auto get = Find<decltype(&::GetHardwareId)>("deviceid.dll", "GetHardwareId");
     const int result = get(id, sizeof(id), "1.5", nullptr, 0);
@@ -85,9 +94,9 @@ std::string Cycle(int times) {
     if (result != 0) return "result " + std::to_string(result);
     if (GetModuleHandleA("deviceid.dll") != nullptr) return "stays loaded";
   }
-  const std::string after = CountHandlesAndThreads();
+  const std::string after = CountResources();
   CreateEventA(nullptr, FALSE, FALSE, nullptr);
-  if (CountHandlesAndThreads() == after) return "a leak would not show";
+  if (CountResources() == after) return "a leak would not show";
   return after == before ? "nothing left" : before + ", then " + after;
 }
 

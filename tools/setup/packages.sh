@@ -30,7 +30,10 @@ readonly windows_packages=(
 )
 
 # What the tests need beside those.
-readonly test_packages=(libgtest-dev libgmock-dev python3 clang clang-format clang-tidy)
+readonly test_packages=(
+    libgtest-dev libgmock-dev python3 python3-pefile clang clang-format clang-tidy
+    g++-mingw-w64-x86-64
+)
 
 # build_preset NAME [TARGET...]: configures and builds one preset.
 build_preset() {

@@ -19,6 +19,9 @@ bool Replace(HANDLE old, HANDLE value) {
   });
 }
 
+// Of the slots in the threads' storage, each one more than its number; 0 is none.
+std::array<std::atomic<DWORD>, 8> slots;
+
 }  // namespace
 
 extern "C" {
@@ -29,8 +32,21 @@ HANDLE WINAPI OpenRuntimeSemaphore(LPSECURITY_ATTRIBUTES security, LONG count, L
   return semaphore;
 }
 
-// The linker puts this in place of the import by which the runtime opens its semaphores.
+// The name of the real import stands for this function everywhere in the library.
+DWORD WINAPI OpenRuntimeSlot() {
+  const HMODULE system = GetModuleHandleA("kernel32.dll");
+  const auto alloc = reinterpret_cast<void*>(GetProcAddress(system, "TlsAlloc"));
+  const DWORD slot = reinterpret_cast<decltype(&TlsAlloc)>(alloc)();
+  for (std::atomic<DWORD>& place : slots) {
+    DWORD none = 0;
+    if (slot == TLS_OUT_OF_INDEXES || place.compare_exchange_strong(none, slot + 1)) break;
+  }
+  return slot;
+}
+
+// The linker puts these in place of the imports by which the runtime opens both.
 decltype(&OpenRuntimeSemaphore) runtime_semaphore_import = OpenRuntimeSemaphore;
+decltype(&OpenRuntimeSlot) runtime_slot_import = OpenRuntimeSlot;
 
 // The head of the runtime's own type.
 struct RuntimeMutex {
@@ -59,6 +75,10 @@ void ReleaseRuntime() {
   for (std::atomic<HANDLE>& place : semaphores) {
     const HANDLE semaphore = place.exchange(nullptr);
     if (semaphore != nullptr) CloseHandle(semaphore);
+  }
+  for (std::atomic<DWORD>& place : slots) {
+    const DWORD slot = place.exchange(0);
+    if (slot != 0) TlsFree(slot - 1);
   }
   __gnu_cxx::__freeres();
 }

@@ -1,0 +1,11 @@
+# What the toolchain files have in common: a cross compiler from Debian's g++-mingw-w64-*.
+#
+# They set CMAKE_SYSTEM_PROCESSOR and mingw_triple first.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_C_COMPILER ${mingw_triple}-gcc)
+set(CMAKE_CXX_COMPILER ${mingw_triple}-g++)
+set(CMAKE_RC_COMPILER ${mingw_triple}-windres)
+set(CMAKE_FIND_ROOT_PATH /usr/${mingw_triple})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
