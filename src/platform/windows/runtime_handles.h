@@ -5,9 +5,9 @@
 
 namespace system_info {
 
-// Gives back what the runtime keeps until the end of the process: the semaphores of its mutexes, its
-// slot in the threads' storage, and the memory that it holds for exceptions when there is no other. Only for a library that is being
-// unloaded, when no thread runs its code any more.
+// Gives back what the runtime keeps until the end of the process: the semaphores of its mutexes,
+// its slot in the threads' storage, and the memory that it holds for exceptions when there is no
+// other. Only for a library that is being unloaded, when no thread runs its code any more.
 void ReleaseRuntime();
 
 }  // namespace system_info
