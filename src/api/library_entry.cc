@@ -8,7 +8,6 @@
 #include "platform/windows/runtime_handles.h"
 #include "platform/windows_api.h"
 
-// NOLINTNEXTLINE(readability-identifier-naming): the loader looks for this name
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID process_ends) {
   if (reason == DLL_PROCESS_ATTACH) DisableThreadLibraryCalls(library);
   // A process that ends gives everything back by itself.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cwchar>
 
 #include "platform/windows_api.h"
@@ -11,9 +12,12 @@ namespace {
 
 constexpr std::size_t kMaxLength = 4096;
 
+// Some platforms look at the limit only before a character, which may then reach beyond it.
+constexpr std::size_t kSpare = MB_LEN_MAX;
+
 // A conversion that fills the buffer leaves no terminator in it.
-template <typename Char>
-std::basic_string<Char> UpToZero(const std::array<Char, kMaxLength>& buffer) {
+template <typename Char, std::size_t kSize>
+std::basic_string<Char> UpToZero(const std::array<Char, kSize>& buffer) {
   return {buffer.begin(), std::find(buffer.begin(), buffer.end(), Char{})};
 }
 
@@ -24,10 +28,10 @@ std::basic_string<Char> UpToZero(const std::array<Char, kMaxLength>& buffer) {
 
 std::string ToNarrow(const std::wstring& source) {
   if (source.size() >= kMaxLength) return {};
-  std::array<char, kMaxLength> buffer = {};
+  std::array<char, kMaxLength + kSpare> buffer = {};
   std::mbstate_t state = {};
   const wchar_t* rest = source.c_str();
-  (wcsrtombs)(buffer.data(), &rest, buffer.size(), &state);
+  (wcsrtombs)(buffer.data(), &rest, kMaxLength, &state);
   return UpToZero(buffer);
 }
 

@@ -12,8 +12,8 @@
 
 namespace system_info {
 
-// Converts up to the first zero of `source`. In a multibyte locale the result ends before the
-// character that would take it beyond 4096 bytes.
+// Converts up to the first zero of `source`. In a multibyte locale the result ends with, or before,
+// the character that takes it beyond 4096 bytes.
 std::string ToNarrow(const std::wstring& source);
 
 // Converts up to the first zero of `source`.

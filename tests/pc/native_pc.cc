@@ -45,7 +45,10 @@ std::unique_ptr<WinePc> machine;
 
 }  // namespace
 
-Library TheLibrary() { return {&::GetHardwareId, &::RecheckHardwareId, &::GetHardwareIdMod}; }
+Library TheLibrary() {
+  return {&::GetHardwareId, &::RecheckHardwareId, &::GetHardwareIdMod, &::GetHardwareIdEx,
+          &::GetHIDVersion};
+}
 
 void Renew() {
   if (!(system_info::CountLiveObjects() == system_info::LiveObjects{})) {

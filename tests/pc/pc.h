@@ -15,6 +15,8 @@ struct Library {
   decltype(&::GetHardwareId) get;
   decltype(&::RecheckHardwareId) recheck;
   decltype(&::GetHardwareIdMod) mod;
+  decltype(&::GetHardwareIdEx) ex;
+  decltype(&::GetHIDVersion) version;
 };
 Library TheLibrary();
 

@@ -95,7 +95,7 @@ class Story:
         first, _, others = rest.partition(" ")
         if verb in ("set", "write"):
             self.step(verb, first, content(others).hex())
-        elif verb in ("get", "recheck", "mod"):
+        elif verb in ("get", "recheck", "mod", "ex"):
             place = self.step("call", verb, *(["2.0", left] if verb == "mod" else [left, "0"]))
             self.checks.append((line, lambda answers: self.replied(Reply(answers[place]), right)))
         elif verb == "every":
@@ -233,14 +233,16 @@ def play(stories, command):
 
 
 def main():
+    if not pathlib.Path(sys.argv[1]).exists():
+        sys.exit("the player of the preset linux is to be built first")
     stories = read_stories()
     native = play(stories, [sys.argv[1]])
     faults = [fault for story, answers in zip(stories, native) for fault in story.faults(answers)]
     played = len(stories)
     if len(sys.argv) > 2:
-        reason = subprocess.run([WINE, "why-not"], check=False)
-        if reason.returncode != 0:
-            sys.exit(reason.returncode)
+        ready = subprocess.run([HERE / "../windows/setup.sh"], check=False)
+        if ready.returncode != 0:
+            sys.exit(ready.returncode)
         for network in ("--nic 00:1a:2b:c3:d4:0f", "--no-network"):
             here = [(story, answers) for story, answers in zip(stories, native)
                     if "(native)" not in story.title and

@@ -64,6 +64,9 @@ std::string Call(const std::vector<std::string>& step) {
   if (step[1] == "recheck") {
     result = library.recheck(id.data(), 64, step[2].c_str(), log.data(), size);
   }
+  if (step[1] == "ex") {
+    result = library.ex(id.data(), 64, std::stoi(step[2]), log.data(), size);
+  }
   if (step[1] == "mod") {
     result = library.mod(id.data(), 64, step[2].c_str(), log.data(), size,
                          static_cast<uint32_t>(std::stoul(step[3])));
@@ -78,6 +81,7 @@ std::string Call(const std::vector<std::string>& step) {
 std::string Play(const std::vector<std::string>& step) {
   if (step[0] == "call") return Call(step);
   if (step[0] == "renew") return pc::Renew(), "";
+  if (step[0] == "version") return pc::TheLibrary().version();
   if (step[0] == "set") return pc::SetPart(step[1], Bytes(step.size() > 2 ? step[2] : "")), "";
   if (step[0] == "apartment") return pc::SetApartment(step[1]);
   if (step[0] == "remove") return fs::remove_all(Path(step[1])), "";

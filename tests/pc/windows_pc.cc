@@ -80,9 +80,13 @@ std::string CountResources() {
          std::to_string(slots.size()) + " free slots, " + std::to_string(blocks) + " blocks";
 }
 
+void Unload() {
+  while (FreeLibrary(GetModuleHandleA("deviceid.dll"))) continue;
+}
+
 // Loads, calls and unloads the library so often, and says what that leaves.
 std::string Cycle(int times) {
-  while (FreeLibrary(GetModuleHandleA("deviceid.dll"))) continue;
+  Unload();
   std::string before;
   for (int i = 0; i < times + 10; ++i) {
     // What the system itself loads and keeps comes with the first calls.
@@ -115,7 +119,9 @@ DWORD WINAPI RunThread(void* /*unused*/) {
 Library TheLibrary() {
   return {Find<decltype(&::GetHardwareId)>("deviceid.dll", "GetHardwareId"),
           Find<decltype(&::RecheckHardwareId)>("deviceid.dll", "RecheckHardwareId"),
-          Find<decltype(&::GetHardwareIdMod)>("deviceid.dll", "GetHardwareIdMod")};
+          Find<decltype(&::GetHardwareIdMod)>("deviceid.dll", "GetHardwareIdMod"),
+          Find<decltype(&::GetHardwareIdEx)>("deviceid.dll", "GetHardwareIdEx"),
+          Find<decltype(&::GetHIDVersion)>("deviceid.dll", "GetHIDVersion")};
 }
 
 std::string Root(bool common) {
@@ -179,6 +185,8 @@ std::string RunProcesses(int processes, int threads, const std::vector<std::stri
 
 std::string PlayOther(const std::vector<std::string>& step) {
   if (step[0] == "cycle") return Cycle(std::stoi(step[1]));
+  // "beside DLL": the library is loaded anew into a process that has loaded that one.
+  if (step[0] == "beside") return Unload(), LoadLibraryA(step[1].c_str()) ? "loaded" : "not there";
   if (step[0] != "threads") return "no such step";
   task_of_threads.assign(step.begin() + 2, step.end());
   std::vector<HANDLE> threads(std::stoul(step[1]));

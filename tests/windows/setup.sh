@@ -4,9 +4,7 @@
 set -euo pipefail
 
 wine=$(dirname "$(realpath "$0")")/../../tools/wine/wine_root.sh
-reason=$("$wine" why-not 2>&1) || {
-    status=$?
+reason=$({ "$wine" why-not && "$wine" setup; } 2>&1 | tail -n 1) || {
     echo "The tests of the DLL cannot run: ${reason#*: }" >&2
-    exit "$status"
+    exit $((${DEVICEID_REQUIRE_WINDOWS:-0} == 1 ? 1 : 77))
 }
-exec "$wine" setup

@@ -34,7 +34,8 @@ HANDLE WINAPI OpenRuntimeSemaphore(LPSECURITY_ATTRIBUTES security, LONG count, L
 
 // The name of the real import stands for this function everywhere in the library.
 DWORD WINAPI OpenRuntimeSlot() {
-  const HMODULE system = GetModuleHandleA("kernel32.dll");
+  HMODULE system = nullptr;
+  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, "kernel32.dll", &system);
   const auto alloc = reinterpret_cast<void*>(GetProcAddress(system, "TlsAlloc"));
   const DWORD slot = reinterpret_cast<decltype(&TlsAlloc)>(alloc)();
   for (std::atomic<DWORD>& place : slots) {
@@ -44,9 +45,15 @@ DWORD WINAPI OpenRuntimeSlot() {
   return slot;
 }
 
-// The linker puts these in place of the imports by which the runtime opens both.
+// At load the 32-bit runtime asks for a shared copy of itself, which a host may have brought along,
+// and would tell that of the library's unwind tables. The library has its own, which looks nowhere
+// else, and would find no handler for any exception.
+HMODULE WINAPI FindSharedRuntime(LPCSTR /*name*/) { return nullptr; }
+
+// The linker puts these in place of the imports by which the runtime does so.
 decltype(&OpenRuntimeSemaphore) runtime_semaphore_import = OpenRuntimeSemaphore;
 decltype(&OpenRuntimeSlot) runtime_slot_import = OpenRuntimeSlot;
+decltype(&FindSharedRuntime) runtime_module_import = FindSharedRuntime;
 
 // The head of the runtime's own type.
 struct RuntimeMutex {
@@ -54,19 +61,19 @@ struct RuntimeMutex {
   HANDLE semaphore;
 };
 
-// NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming): the linker's names
-int __real___gthr_win32_mutex_destroy(RuntimeMutex* mutex);
+void __real___gthr_win32_mutex_destroy(RuntimeMutex* mutex);
 
-// The few mutexes that the runtime does destroy may be destroyed after ReleaseRuntime.
-int __wrap___gthr_win32_mutex_destroy(RuntimeMutex* mutex) {
-  return Replace(mutex->semaphore, nullptr) ? __real___gthr_win32_mutex_destroy(mutex) : 0;
+// The few mutexes that the runtime does destroy may be destroyed after ReleaseRuntime. The linker
+// sends them here.
+void __wrap___gthr_win32_mutex_destroy(RuntimeMutex* mutex) {
+  if (Replace(mutex->semaphore, nullptr)) __real___gthr_win32_mutex_destroy(mutex);
 }
-// NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)
-}
+
+}  // extern "C"
 
 // Declared in no header of the runtime.
 namespace __gnu_cxx {
-void __freeres() noexcept;  // NOLINT(bugprone-reserved-identifier, readability-identifier-naming)
+void __freeres() noexcept;
 }
 
 namespace system_info {

@@ -7,7 +7,8 @@ namespace system_info {
 
 // Gives back what the runtime keeps until the end of the process: the semaphores of its mutexes,
 // its slot in the threads' storage, and the memory that it holds for exceptions when there is no
-// other. Only for a library that is being unloaded, when no thread runs its code any more.
+// other; but not what it keeps for each thread that goes on. Only for a library that is being
+// unloaded, when no thread runs its code any more.
 void ReleaseRuntime();
 
 }  // namespace system_info
