@@ -26,14 +26,17 @@ readonly build_packages=(cmake ninja-build g++ libc6-dev libcli11-dev nlohmann-j
 
 # The DLL and the environment that it runs in here.
 readonly windows_packages=(
-    g++-mingw-w64-i686 binutils-mingw-w64-i686 debootstrap iproute2 util-linux
+    g++-mingw-w64-i686 binutils-mingw-w64-i686 llvm debootstrap iproute2 util-linux
 )
 
 # What the tests need beside those.
 readonly test_packages=(
     libgtest-dev libgmock-dev python3 python3-pefile clang clang-format clang-tidy
-    g++-mingw-w64-x86-64
+    g++-mingw-w64-x86-64 lld mono-mcs mono-runtime libjna-java
 )
+
+# What makes the archives.
+readonly package_packages=(g++-mingw-w64-x86-64 dpkg-dev file)
 
 # build_preset NAME [TARGET...]: configures and builds one preset.
 build_preset() {

@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# package_test.sh BUILD: the archives that users download come out the same from another build, and
+# hosts are built and run from what they hold, by CMake, by the commands of the guide and by linkers.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=$1 wine=$PWD/tools/wine/wine_root.sh consumer=$PWD/tests/consumer
+work=$(mktemp -d)
+trap 'rm -r "$work"' EXIT
+export XDG_DATA_HOME=$work/share
+
+sums=$(tools/package.sh "$build") again=$(tools/package.sh "$build/again")
+[[ $sums == "$again" ]] || { printf '%s\nin another build:\n%s\n' "$sums" "$again" && exit 1; }
+
+for zip in "$build"/packages/*.zip; do unzip -q "$zip" -d "$work"; done
+tar xf "$build"/packages/*.tar.gz -C "$work"
+dpkg-deb -x "$build"/packages/*.deb "$work/deb"
+
+# consumer FOLDER [OPTION]...: a program that is made from the library in that folder
+consumer() {
+    cmake -G Ninja -S "$consumer" -B "$1/build" "-DCMAKE_PREFIX_PATH=$1" "${@:2}"
+    cmake --build "$1/build"
+} >&2
+cd "$work"/*-linux-*/
+wanted=$(bin/deviceid --format 1.5)
+for folder in "$PWD" "$work/deb/usr"; do
+    consumer "$folder"
+    [[ $("$folder/build/consumer") == "$wanted" ]]
+    PKG_CONFIG_PATH=$folder/lib/pkgconfig
+    export PKG_CONFIG_PATH
+    # shellcheck disable=SC2046
+    gcc "$consumer/consumer.c" $(pkg-config --cflags --libs deviceid) -o "$work/by_gcc"
+    [[ $(LD_LIBRARY_PATH=$folder/lib "$work/by_gcc") == "$wanted" ]]
+done
+
+# Each command of the guide that is no preparation prints the same id, on a PC of its own.
+sed -n '/^### Linux/,/^### Windows/s/^    //p' share/doc/deviceid/guide.md | grep -v dotnet |
+    grep -v "^cp " > "$work/commands"
+own=(env)
+[[ $(id -u) != 0 ]] || own=(unshare --mount sh -c 'mount -t tmpfs tmpfs /var/lib && exec "$@"' sh)
+"${own[@]}" bash -e "$work/commands" > "$work/ids"
+[[ $(wc -l < "$work/ids") -ge 6 && $(sort -u "$work/ids") == "2-0-${wanted:4}" ]] ||
+    { cat "$work/commands" "$work/ids" && exit 1; }
+
+for bits in x86:i686 x64:x86_64; do
+    cd "$work"/*-windows-"${bits%:*}"
+    consumer "$PWD" "-DCMAKE_TOOLCHAIN_FILE=$consumer/../../cmake/windows-${bits%:*}.cmake"
+    clang "--target=${bits#*:}-windows-msvc" -ffreestanding -Iinclude -c "$consumer/bare.c" -o bare.o
+    lld-link /out:bin/bare.exe /subsystem:console /entry:start bare.o lib/deviceid.lib
+done
+"$consumer/../windows/setup.sh" || exit
+cd "$work"/*-windows-x86
+cp build/consumer.exe bin
+i686-w64-mingw32-g++ -static -Iinclude share/doc/deviceid/examples/cpp/main.cc lib/deviceid.lib \
+    -o bin/cpp.exe
+printf '@%s\n@echo %%errorlevel%%\n' consumer 'cpp 1.5' 'deviceid --format 1.5' bare > bin/all.bat
+mapfile -t said < <("$wine" run bin/all.bat | tr -d '\r')
+printf '%s\n' "${said[@]}"
+[[ ${said[*]} =~ ^(1-5-[^ ]{36})" 0 "(.*)" 0 "(.*)" 0 42"$ &&
+    ${BASH_REMATCH[1]} == "${BASH_REMATCH[2]}" && ${BASH_REMATCH[2]} == "${BASH_REMATCH[3]}" ]]

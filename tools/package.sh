@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# package.sh [BUILD_FOLDER]: builds the library for all systems and puts the archives that users
+# download into BUILD_FOLDER/packages, which is build/packages if none is named. The same sources give
+# the same archives, to the byte, whatever the folder is called.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source tools/setup/packages.sh
+
+readonly presets=(linux windows-x86 windows-x64)
+build=$(realpath -m "${1:-build}")
+
+need_packages "${build_packages[@]}" "${windows_packages[@]}" "${package_packages[@]}"
+for preset in "${presets[@]}"; do
+    cmake --preset "$preset" -B "$build/$preset" -Wno-dev
+    cmake --build "$build/$preset" --target deviceid deviceid_program
+    (cd "$build/$preset" && cpack -B "$build/packages")
+done
+rm -r "$build/packages/_CPack_Packages"
+(cd "$build/packages" && sha256sum deviceid*)
