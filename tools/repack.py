@@ -9,6 +9,7 @@ import gzip
 import io
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tarfile
@@ -43,6 +44,16 @@ def repack_deb(path, epoch):
     with tempfile.TemporaryDirectory() as folder:
         os.chmod(folder, 0o755)
         subprocess.run(["dpkg-deb", "--raw-extract", path, folder], check=True)
+        control = pathlib.Path(folder, "DEBIAN")
+        sums = (control / "md5sums").read_text().splitlines()
+        (control / "md5sums").write_text("\n".join(sorted(sums)) + "\n")
+        size = sum(path.lstat().st_size for path in (pathlib.Path(folder) / "usr").rglob("*")
+                   if path.is_file() and not path.is_symlink())
+        text = re.sub("(Installed-Size: ).*", rf"\g<1>{size // 1024}",
+                      (control / "control").read_text())
+        (control / "control").write_text(text)
+        for file in pathlib.Path(folder).rglob("*"):
+            os.utime(file, (epoch, epoch), follow_symlinks=False)
         subprocess.run(["dpkg-deb", "--root-owner-group", "--build", folder, path], check=True,
                        env={**os.environ, "SOURCE_DATE_EPOCH": str(epoch)}, stdout=sys.stderr)
 

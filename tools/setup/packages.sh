@@ -32,11 +32,11 @@ readonly windows_packages=(
 # What the tests need beside those.
 readonly test_packages=(
     libgtest-dev libgmock-dev python3 python3-pefile clang clang-format clang-tidy
-    g++-mingw-w64-x86-64 lld mono-mcs mono-runtime libjna-java
+    lld mono-mcs mono-runtime libjna-java unzip pkg-config
 )
 
 # What makes the archives.
-readonly package_packages=(g++-mingw-w64-x86-64 dpkg-dev file)
+readonly package_packages=(g++-mingw-w64-x86-64 dpkg-dev file python3 git)
 
 # build_preset NAME [TARGET...]: configures and builds one preset.
 build_preset() {
