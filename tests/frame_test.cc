@@ -20,35 +20,12 @@ const std::string kNoId = ", id <untouched>, log:\n";
 
 class Frame : public MachineTest {};
 
-TEST_F(Frame, RefusesBadArgumentsInOneOrder) {
-  WriteFileText(pc.OldCommon("device.id"), "");
-  for (const auto& [name, call] : kExports) {
-    for (const char* version : {"", "1.3", "2", "2.0 ", "2.00"}) {
-      const std::string result = *version == '\0' ? "result 7" : "result 6";
-      EXPECT_EQ(PrintToString(call(version)), result + kNoId + "<untouched>") << version;
-    }
-    if (name == "GetHardwareId") continue;
-    const std::string why = name + " is not supported with version 1.6\n";
-    EXPECT_EQ(PrintToString(call("1.6")), "result 8" + kNoId + "[03:43:20:000] [Info]  " + why);
-  }
-  EXPECT_FALSE(std::filesystem::exists(pc.Common("")));
-  EXPECT_TRUE(pc.Seen(kCreateFile).empty());
+TEST_F(Frame, AsksForABufferFirst) {
+  EXPECT_EQ(GetHardwareIdEx(nullptr, 64, 13, nullptr, 5), 5);
   EXPECT_EQ(RecheckHardwareId(nullptr, 64, nullptr, nullptr, 5), 5);
   EXPECT_EQ(GetHardwareIdMod(nullptr, 64, nullptr, nullptr, 5, 0), 5);
-  EXPECT_STREQ(GetHIDVersion(), "2.0.0");
-}
-
-TEST_F(Frame, TakesAFormatAsANumber) {
-  WriteFileText(pc.OldUser("device.id"), "");  // Every format comes as far as its new folder.
-  pc.At(kCreateDirectory, "", [] { throw std::runtime_error("stop"); });
-  for (int code = 0; code <= 22; ++code) {
-    const std::string version = std::to_string(code / 10) + '.' + std::to_string(code % 10);
-    const Reply reply = GetId(version.c_str());
-    char id[64], log[4096] = "<untouched>";
-    EXPECT_EQ(GetHardwareIdEx(nullptr, 64, code, log, 4096), 5);
-    EXPECT_EQ(GetHardwareIdEx(id, 64, code, log, 4096), reply.result == 6 ? 7 : 3) << code;
-    EXPECT_EQ(log, reply.log);
-  }
+  char id = 0;
+  EXPECT_EQ(GetHardwareId(&id, 1, nullptr, nullptr, 5), 7);
 }
 
 TEST_F(Frame, TellsInTheLastLineWhatStoppedTheCall) {

@@ -33,12 +33,6 @@ TEST_F(LifeTest, HardwareIsComparedFromTheTenthDayOn) {
   EXPECT_EQ(Call().id, kOtherId);
 }
 
-TEST_F(LifeTest, AnIdThatCannotBeStoredIsGivenAllTheSame) {
-  pc.Fail(PlatformCall::kCreateFile, 5);
-  pc.Fail(PlatformCall::kCreateDirectory, 5);
-  EXPECT_EQ(Call().id, kId);
-}
-
 TEST_F(LifeTest, RunningOutOfMemoryCostsNoStoredId) {
   // Short values need no memory: a variant whose copy fails is a false alarm for the sanitizer.
   for (auto& [class_text, rows] : pc.wmi) rows = {{{rows[0].begin()->first, L"7"}}};

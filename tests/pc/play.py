@@ -96,7 +96,8 @@ class Story:
         if verb in ("set", "write"):
             self.step(verb, first, content(others).hex())
         elif verb in ("get", "recheck", "mod", "ex"):
-            place = self.step("call", verb, *(["2.0", left] if verb == "mod" else [left, "0"]))
+            flags, _, version = left.partition(" ") if verb == "mod" else ("0", "", left)
+            place = self.step("call", verb, version or "2.0" * (verb == "mod"), flags)
             self.checks.append((line, lambda answers: self.replied(Reply(answers[place]), right)))
         elif verb == "every":
             self.read_every_format(*rest.removeprefix("format of ").split("; ", 1))
@@ -176,47 +177,19 @@ def plain(text):
     return text.replace("[", "[[]")
 
 
-def outcome(name, file, record, flags, machine, made, record_after, letters, reads):
-    """The story of a line of the table."""
-    def as_record(text):
-        age, same, kind, body, version = (text + ",2.0").split(",")[:5]
-        other = ["other"] * (4 - int(same))
-        parts = (other + ["1234abcd", "pf0xyz", "board7", "00:1a:2b:c3:d4:0f"][len(other):])
-        return f"record {age} {kind} {version} 2.0 of {body}; {', '.join(parts * (same != '0'))}"
-
-    files = {"v2": "device.idv2 1.6 of S", "v1": "device.id 1.6 of S", "bad": "device.idv2 1-6-no id"}
-    yield from (f"write common/{files[key]}" for key in file.split("+") if key in files)
-    if record != "-":
-        yield f"write common/hid_settings {as_record(record)}"
-    yield {"ok": "", "lost": "set hardware none", "nocom": "apartment sta = 0",
-           "nolist": "apartment late"}[machine]
-    kept = {"v2": "1.6 of S", "bad": "1-6-no id"}.get(file, "empty")
-    yield f"mod {flags} = " + ("result 4" if made == "-" else f"2.0 of {made}").replace("?", "??")
-    yield "holds common/device.idv2 = " + (kept if made == "-" else f"1.6 of {made}")
-    yield "holds common/hid_settings = " + (
-        as_record(record_after) if record_after != "-" else "nothing")
-    yield from ("holds user/ = nothing", f"reads {reads}")
-    if made != "-":
-        yield f"decides {letters} = {record.split(',')[0]}"
-    if machine != "ok":
-        yield "apartment none = 0, then -2147221008"
-
-
 def read_stories():
-    table = (HERE / "outcomes.txt").read_text().splitlines()
-    texts = (HERE / "stories.txt").read_text().splitlines()
-    names.update(line[4:].encode().decode("unicode_escape").split(" = ") for line in texts if line.startswith("let "))
-    legend = {line[2]: plain(line[4:].replace("AGE", "*")) for line in table if line[:2] == "= "}
-    stories = []
-    for words in (line.split() for line in table if line and line[0] not in "#="):
-        native = " (native)" if words[4] in ("lost", "nolist") else ""
-        texts += [f"== {words[0]}{native}", *outcome(*words)]
-    for line in texts:
-        if line.startswith("== "):
+    stories, legend = [], {}
+    for line in (HERE / "stories.txt").read_text().splitlines():
+        line = re.sub(r"(\d+) times (\w)", lambda many: many[2] * int(many[1]), line)
+        line = line.encode().decode("unicode_escape")
+        if line.startswith("let "):
+            names.update([line[4:].split(" = ")])
+        elif line.startswith("= "):
+            legend[line[2]] = plain(line[4:].replace("AGE", "*"))
+        elif line.startswith("== "):
             stories.append(Story(line[3:], legend))
-        elif line and not line.startswith(("#", "let ")):
-            line = re.sub(r"(\d+) times (\w)", lambda many: many[2] * int(many[1]), line)
-            stories[-1].read(line.encode().decode("unicode_escape"))
+        elif line and not line.startswith("#"):
+            stories[-1].read(line)
     return stories
 
 
