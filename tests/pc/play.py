@@ -197,7 +197,7 @@ def play(stories, command):
     """The answers of all stories, each as a list."""
     steps = [step for story in stories for step in story.steps]
     done = subprocess.run(command, input="\n".join(steps) + "\n", text=True, stdout=subprocess.PIPE,
-                          check=False)
+                          check=False, timeout=400)
     answers = [answer.strip("\r") for answer in done.stdout.split("\n")[:-1]]
     if done.returncode != 0 or len(answers) != len(steps):
         sys.exit(f"{command} ended with {done.returncode} after step {len(answers)} of {len(steps)}:"

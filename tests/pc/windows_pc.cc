@@ -39,6 +39,7 @@ void SetPciAdapter(const std::string& instance_id) {
   const std::string device = "Enum\\PCI\\VEN_8086&DEV_100E\\0000";
   SetRegistry(device, "ClassGUID", kNetClass);
   SetRegistry(device, "Driver", kNetClass + "\\0001");
+  SetRegistry(device, "DeviceDesc", "The name that comes second");
   SetRegistry(device, "FriendlyName", "PCI adapter");
   SetRegistry("Control\\Class\\" + kNetClass + "\\0001", "NetCfgInstanceId", instance_id);
 }
@@ -73,9 +74,12 @@ std::string CountResources() {
   for (DWORD slot = 0; (slot = TlsAlloc()) != TLS_OUT_OF_INDEXES;) slots.push_back(slot);
   for (const DWORD slot : slots) TlsFree(slot);
   int blocks = 0;
-  PROCESS_HEAP_ENTRY entry = {};
-  while (HeapWalk(GetProcessHeap(), &entry))
-    blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
+  // The C runtime has a heap of its own.
+  HANDLE heaps[16];
+  for (DWORD heap = GetProcessHeaps(16, heaps); heap-- > 0;) {
+    PROCESS_HEAP_ENTRY entry = {};
+    while (HeapWalk(heaps[heap], &entry)) blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
+  }
   return std::to_string(handles) + " handles, " + std::to_string(threads) + " threads, " +
          std::to_string(slots.size()) + " free slots, " + std::to_string(blocks) + " blocks";
 }
@@ -87,7 +91,8 @@ void Unload() {
 // Loads, calls and unloads the library so often, and says what that leaves.
 std::string Cycle(int times) {
   Unload();
-  std::string before;
+  // Each of them has a block of its own already.
+  std::string before(99, ' '), after(99, ' ');
   for (int i = 0; i < times + 10; ++i) {
     // What the system itself loads and keeps comes with the first calls.
     if (i == 10) before = CountResources();
@@ -98,7 +103,7 @@ std::string Cycle(int times) {
     if (result != 0) return "result " + std::to_string(result);
     if (GetModuleHandleA("deviceid.dll") != nullptr) return "stays loaded";
   }
-  const std::string after = CountResources();
+  after = CountResources();
   CreateEventA(nullptr, FALSE, FALSE, nullptr);
   if (CountResources() == after) return "a leak would not show";
   return after == before ? "nothing left" : before + ", then " + after;

@@ -31,6 +31,7 @@ expect("relocations", hasattr(dll, "DIRECTORY_ENTRY_BASERELOC"), True)
 expect("data without execution", flags.IMAGE_DLLCHARACTERISTICS_NX_COMPAT, True)
 expect("writable code", [section.Name for section in dll.sections if
                          section.IMAGE_SCN_MEM_WRITE and section.IMAGE_SCN_MEM_EXECUTE], [])
+expect("symbols", dll.FILE_HEADER.NumberOfSymbols, 0)
 # Without it the compiler's runtime would not hear of the end of a thread, and leak its memory.
 expect("thread storage", hasattr(dll, "DIRECTORY_ENTRY_TLS"), True)
 
