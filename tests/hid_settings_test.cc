@@ -1,4 +1,4 @@
-// The record file byte by byte, and the comparison of two lists.
+// Records that are short, long or odd, and the comparison of two lists.
 
 #include "storage/hid_settings.h"
 
@@ -20,22 +20,6 @@ class SettingsTest : public MachineTest {
  protected:
   const std::string file = pc.Common("hid_settings"), user_file = pc.User("hid_settings");
 };
-
-TEST_F(SettingsTest, FieldsStandWhereOtherReadersLookForThem) {
-  ASSERT_EQ(kRecord.Bytes().size(), 82u);
-  WriteFileText(file, kRecord.Bytes() + "garbage");
-  WriteFileText(user_file, StoredRecord{}.Bytes());  // Not looked at.
-  HidSettings settings = LoadHidSettings().value();
-  EXPECT_EQ(settings.last_write_date, -2);
-  EXPECT_EQ(ReadFileText(file), kRecord.Bytes() + "garbage");
-
-  // The date of a write is that of the moment, whatever the record says; other fields are kept.
-  settings.hardware_ids.insert(settings.hardware_ids.begin(), "");
-  ASSERT_TRUE(SaveHidSettings(settings));
-  const std::int64_t now = pc.ticks / 10'000'000;
-  EXPECT_EQ(ReadFileText(file), (StoredRecord{"2.0", kId, 1, now, {"", "ABC", "1234"}}.Bytes()));
-  EXPECT_EQ(LoadHidSettings()->hardware_ids, kRecord.ids);
-}
 
 TEST_F(SettingsTest, EveryShortFileIsRemovedAndTheOtherFolderCounts) {
   WriteFileText(user_file, kRecord.Bytes());

@@ -1,4 +1,4 @@
-// What each failure on the way through COM and WMI costs, and what becomes of the values.
+// What each failure on the way through COM and WMI costs.
 
 #include <stdexcept>
 
@@ -73,33 +73,6 @@ TEST_F(WmiTest, EachFailureHasItsLineAndItsPrice) {
   }
   pc.Fail(kSysAllocString, 1, "CIMV2");
   EXPECT_EQ(GetId("1.2").result, 4);
-}
-
-TEST_F(WmiTest, ValuesAreFoldedAndSieved) {
-  // How often the folded value stands in the texts of formats 1.1 and 1.2 and in the list if every
-  // property has it. Addresses are never filtered, and the volume is not before format 1.2.
-  const std::tuple<std::wstring, std::string, std::size_t, std::size_t, std::size_t> cases[] = {
-      {L"00000000-0000-0000-0000-000000000000", "00000000-0000-0000-0000-000000000000", 2, 1, 1},
-      {L"FFFFFFFF-ffff-FFFF-FFFF-FFFFFFFFFFFF", "ffffffff-ffff-ffff-ffff-ffffffffffff", 2, 1, 1},
-      {L"To Be Filled By O.E.M.", "to be filled by o.e.m.", 2, 1, 1},
-      {L"To be filled by O.E.M. ", "to be filled by o.e.m. ", 6, 6, 4},
-      {L"00000000-0000-0000-0000-@[`{AZ\xc9", "00000000-0000-0000-0000-@[`{az\xc9", 6, 6, 4},
-      {{L"A\0", 2}, "a", 1, 1, 4},  // The list or the text ends where it cannot be narrowed.
-      {L"0", "0", 6, 6, 0},
-      {L" ", " ", 6, 6, 4},
-  };
-  pc.adapters.clear();
-  CoInitializeEx(nullptr, COINIT_MULTITHREADED);  // As the host's thread may have done.
-  for (const auto& [text, folded, in_1_1, in_1_2, in_list] : cases) {
-    for (auto& [class_text, rows] : pc.wmi) {
-      for (auto& [property, value] : rows[0]) value = text;
-    }
-    EXPECT_EQ(CollectString({1, 1}), Join(Texts(in_1_1, folded)));
-    EXPECT_EQ(CollectString({1, 2}), Join(Texts(in_1_2, folded)));
-    EXPECT_EQ(CollectList({2, 0}), HardwareIdSet(Texts(in_list, folded)));
-  }
-  EXPECT_EQ(ApartmentEntries(), 1);
-  CoUninitialize();
 }
 
 }  // namespace

@@ -72,6 +72,12 @@ void SetPart(const std::string& part, const std::string& value) {
   if (part == "board") {
     machine->Set(L"Win32_BaseBoard", L"SerialNumber", text.empty() ? L"None" : text);
   }
+  if (part == "all") {
+    machine->adapters.clear();
+    for (auto& [class_text, rows] : machine->wmi) {
+      for (auto& [property, of_row] : rows[0]) of_row = text;
+    }
+  }
   if (part == "pci") machine->pci_devices = {{true, value, "PCI adapter", {}}};
   if (part == "hardware") machine->LoseHardware();
   if (part != "network") return;

@@ -42,7 +42,10 @@ def counted(text):
 
 
 def content(words, random=""):
-    """The bytes of a file: an id, a record ("record AGE TYPE VERSION ID; PART, PART") or a text."""
+    """The bytes of a file: an id, a record ("record AGE TYPE VERSION ID; PART, PART") or a text, and
+    of another text behind "+"."""
+    if " + " in words:
+        return b"".join(content(part, random) for part in words.split(" + "))
     if not words.startswith("record "):
         return b"" if words == "empty" else made_id(words, random).encode("latin1")
     head, parts = words.split("; ", 1)
