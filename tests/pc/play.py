@@ -76,7 +76,8 @@ class Reply:
         log = re.sub(r"Diff seconds: (-?\d+)", lambda age: f"about {int(age[1]) // 1000} 000 seconds",
                      "\n".join(self.lines))
         log = re.sub(r"(random runtime hid: ).*|( dir: ).*[/\\]", r"\1\2", log)
-        texts = [str(self.result), *log.split("\n")] + sorted(f"{name} {undated(text)[0]}" for name, text in self.files.items())
+        texts = [str(self.result), *log.split("\n"), *sorted(
+            f"{name} {undated(text)[0]}" for name, text in self.files.items())]
         return [re.sub(GUID, lambda id: id[0] if id[0] in known_ids else "?", text) for text in texts]
 
 
