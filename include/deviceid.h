@@ -2,7 +2,10 @@
  * deviceid: one stable text for the PC that the host application runs on.
  *
  * Five plain functions, callable from C89 to C++20 and from anything that can call C. They may be
- * called from any thread, also at the same time; a thread must not be cancelled inside a call. The
+ * called from any thread, also at the same time, though a call that meets another one as it stores
+ * an id may give DEVICEID_UNEXPECTED_FAILURE; a thread must not be cancelled inside a call. On
+ * Windows call from a thread that is in no single-threaded apartment of COM: there the hardware
+ * cannot be read, and an id made without hardware is a random one, with DEVICEID_SUCCESS. The
  * library keeps no pointer to a host's buffer after a call returns, starts no threads and needs no
  * call before or after use.
  */

@@ -8,7 +8,7 @@ work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT
 export XDG_DATA_HOME=$work/share
 
-sums=$(tools/package.sh "$build") again=$(tools/package.sh "$build/again")
+sums=$(tools/package.sh "$build") again=$(umask 077 && tools/package.sh "$build/again")
 [[ $sums == "$again" ]] || { printf '%s\nin another build:\n%s\n' "$sums" "$again" && exit 1; }
 
 for name in $(grep -o 'deviceid[-_][0-9][^`]*\(zip\|gz\|deb\)' docs/guide.md); do

@@ -5,6 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source tools/setup/packages.sh
+umask 022
 
 readonly presets=(linux windows-x86 windows-x64)
 build=$(realpath -m "${1:-build}")

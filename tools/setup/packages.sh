@@ -21,8 +21,10 @@ need_packages() {
     } >&2
 }
 
-# The host program and what it is built from.
-readonly build_packages=(cmake ninja-build g++ libc6-dev libcli11-dev nlohmann-json3-dev)
+# The host program and what it is built from. CMake looks for what the tests need as well.
+readonly build_packages=(
+    cmake ninja-build g++ libc6-dev libcli11-dev nlohmann-json3-dev libgtest-dev libgmock-dev
+)
 
 # The DLL and the environment that it runs in here.
 readonly windows_packages=(
@@ -31,7 +33,7 @@ readonly windows_packages=(
 
 # What the tests need beside those.
 readonly test_packages=(
-    libgtest-dev libgmock-dev python3 python3-pefile clang clang-format clang-tidy
+    python3 python3-pefile clang clang-format clang-tidy
     lld mono-mcs mono-runtime libjna-java unzip pkg-config
 )
 
@@ -43,6 +45,6 @@ build_preset() {
     local preset=$1 target targets=()
     shift
     for target in "$@"; do targets+=(--target "$target"); done
-    [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" -Wno-dev
+    cmake --preset "$preset" -Wno-dev # each time: what it looks for may be there by now
     cmake --build --preset "$preset" "${targets[@]}"
 }
