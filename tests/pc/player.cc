@@ -113,7 +113,6 @@ int main(int argc, char** argv) {
     std::vector<std::string> step;
     std::istringstream words(line);
     for (std::string word; std::getline(words, word, '\t');) step.push_back(word);
-    if (!step.empty() && step.back().ends_with('\r')) step.back().pop_back();
     std::cout << Play(step) << std::endl;
   }
 }
