@@ -2,9 +2,9 @@
 
 #include <filesystem>
 
-#include "identity/device_id.h"
 #include "support/failing_allocation.h"
 #include "support/scripted_machine.h"
+#include "values/device_id.h"
 
 namespace system_info {
 namespace {

@@ -1,6 +1,6 @@
 // What the native build takes for the hardware of a computer, on made-up trees.
 
-#include "platform/posix/linux_machine.h"
+#include "platform/linux/linux_machine.h"
 
 #include <unistd.h>
 

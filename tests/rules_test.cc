@@ -2,11 +2,11 @@
 
 #include <clocale>
 
-#include "identity/device_id.h"
 #include "identity/random_identity.h"
 #include "support/md5_digest.h"
 #include "support/scripted_machine.h"
 #include "support/text_conversions.h"
+#include "values/device_id.h"
 
 namespace system_info {
 namespace {

@@ -6,8 +6,8 @@
 #include <fstream>
 #include <future>
 
-#include "hardware/unique_handle.h"
-#include "storage/storage_paths.h"
+#include "platform/unique_handle.h"
+#include "support/file_operations.h"
 #include "support/scripted_machine.h"
 #include "support/text_conversions.h"
 

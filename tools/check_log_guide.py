@@ -8,6 +8,7 @@ import re
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
+FILE_OPERATIONS = ROOT / "src/support/file_operations.cc"
 STRING = r'L?"((?:[^"\\]|\\.)*)"'
 
 
@@ -40,9 +41,13 @@ def template(expression):
 
 def messages(code, expression):
     """All texts that an expression can have."""
-    if re.fullmatch(r"\w+", expression):  # a variable: all that its file puts into it
-        values = re.findall(rf"\b{expression}\s*=(?!=)\s*([^;]+);", code)
-        return {template(value) for value in values + re.findall(rf"string ({expression});", code)}
+    if re.fullmatch(r"\w+", expression):  # a variable: all that its file puts into it, or the file
+        # whose functions fill it in
+        for place in (code, FILE_OPERATIONS.read_text()):
+            values = re.findall(rf"\b{expression}\s*=(?!=)\s*([^;]+);", place)
+            if values:
+                values += re.findall(rf"string ({expression});", code)
+                return {template(value) for value in values}
     if "?" in re.sub(STRING, "", expression):
         return {template(f'"{text}"') for text in re.findall(STRING, expression)}
     return {template(expression)}
@@ -59,7 +64,7 @@ def passed_on(code, place, variable):
 def logged(code):
     """Level and text of each line that the code of a file can log."""
     code = re.sub(rf"({STRING})|//[^\n]*", lambda match: match[1] or "", code)
-    for place, (message, level) in [*calls(code, "Write"), *calls(code, "WriteWide")]:
+    for place, (message, level) in calls(code, r"log_?(?:->|\.)Write(?:Wide)?"):
         words = re.findall(r"\w+", message)
         literal = re.search(STRING, message)
         for text in [message] if literal else [*passed_on(code, place, words[-1])] or [message]:

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "hardware/unique_handle.h"
+#include "platform/unique_handle.h"
 
 namespace system_info {
 namespace {

@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "api/format_version.h"
 #include "support/call_log.h"
+#include "values/format_version.h"
 
 namespace system_info {
 

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "identity/device_id.h"
 #include "identity/random_identity.h"
 #include "storage/device_id_files.h"
+#include "values/device_id.h"
 
 namespace system_info {
 namespace {
@@ -16,33 +16,31 @@ constexpr HidFormatVersion kHardwareOfStoredFormat(1, 5);
 
 }  // namespace
 
-HidResult ResolveLegacyDeviceId(const std::unique_ptr<OSManager>& manager,
-                                const std::shared_ptr<HIDLog>& log, HidFormatVersion version,
-                                char* device_id, std::uint32_t device_id_size, char* log_buffer,
-                                std::uint32_t log_size) {
+HidResult ResolveLegacyDeviceId(OSManager& manager, HIDLog& log, HidFormatVersion version,
+                                const HostBuffers& buffers) {
   const bool stored = version >= kFirstStoredFormat;
   DeviceId id;
   if (stored && LoadDeviceId(manager, log, id, version)) {
-    const int copied = CopyToBuffer(id, device_id, device_id_size);
-    log->CopyTo(log_buffer, log_size);
-    return static_cast<HidResult>(copied);
+    const HidResult result = buffers.PutId(id);
+    buffers.PutLog(log);
+    return result;
   }
 
-  std::string hardware = manager->GetHardwareIdString(stored ? kHardwareOfStoredFormat : version);
+  std::string hardware = manager.GetHardwareIdString(stored ? kHardwareOfStoredFormat : version);
   if (!hardware.empty()) {
-    log->Write("IDs are received.", LogLevel::Debug);
+    log.Write("IDs are received.", LogLevel::Debug);
   } else {
-    log->Write("Failed to get any of all the hardware IDs. Will generate a random UUID",
-               LogLevel::Debug);
+    log.Write("Failed to get any of all the hardware IDs. Will generate a random UUID",
+              LogLevel::Debug);
     hardware = MakeRandomHardwareString();
   }
 
   id = MakeDeviceId(hardware, version);
-  log->Write("Received HID: " + id, LogLevel::Debug);
-  const int copied = CopyToBuffer(id, device_id, device_id_size);
+  log.Write("Received HID: " + id, LogLevel::Debug);
+  const HidResult result = buffers.PutId(id);
   if (stored) SaveDeviceId(manager, log, id, version);
-  log->CopyTo(log_buffer, log_size);
-  return static_cast<HidResult>(copied);
+  buffers.PutLog(log);
+  return result;
 }
 
 }  // namespace system_info

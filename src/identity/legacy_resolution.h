@@ -7,24 +7,21 @@
 #define DEVICEID_IDENTITY_LEGACY_RESOLUTION_H_
 
 #include <cstdint>
-#include <memory>
 
-#include "api/format_version.h"
 #include "hardware/os_manager.h"
-#include "identity/hid_result.h"
 #include "support/call_log.h"
+#include "values/format_version.h"
+#include "values/hid_result.h"
+#include "values/host_buffers.h"
 
 namespace system_info {
 
-// Copies the id of `version`, which is below 2.0, into `device_id` and then the log into
-// `log_buffer`. Both sizes are in bytes and count the terminator; `log_buffer` may be null.
+// Copies the id of `version`, which is below 2.0, and then the log into `buffers`.
 //
 // Returns Success or BufferTooSmall. What is stored does not depend on which of the two it is.
 // Throws what the manager throws.
-HidResult ResolveLegacyDeviceId(const std::unique_ptr<OSManager>& manager,
-                                const std::shared_ptr<HIDLog>& log, HidFormatVersion version,
-                                char* device_id, std::uint32_t device_id_size, char* log_buffer,
-                                std::uint32_t log_size);
+HidResult ResolveLegacyDeviceId(OSManager& manager, HIDLog& log, HidFormatVersion version,
+                                const HostBuffers& buffers);
 
 }  // namespace system_info
 

@@ -3,7 +3,6 @@
 #include <optional>
 #include <string>
 
-#include "identity/device_id.h"
 #include "identity/hardware_id_matching.h"
 #include "identity/random_identity.h"
 #include "storage/device_id_files.h"
@@ -11,6 +10,8 @@
 #include "storage/hid_settings.h"
 #include "support/clock.h"
 #include "support/text_conversions.h"
+#include "values/device_id.h"
+#include "values/resolution_flags.h"
 
 namespace system_info {
 namespace {
@@ -35,8 +36,7 @@ enum class Outcome {
 // One run. The members are filled as it goes on.
 class Resolution {
  public:
-  Resolution(const std::unique_ptr<OSManager>& manager, const std::shared_ptr<HIDLog>& log,
-             std::uint32_t flags)
+  Resolution(OSManager& manager, HIDLog& log, std::uint32_t flags)
       : manager_(manager), log_(log), flags_(flags) {}
 
   // The id to return, or none.
@@ -54,7 +54,7 @@ class Resolution {
   }
 
  private:
-  void Info(const std::wstring& message) { log_->WriteWide(message, LogLevel::Info); }
+  void Info(const std::wstring& message) { log_.WriteWide(message, LogLevel::Info); }
 
   bool Has(ResolutionFlags flag) const { return (flags_ & flag) != 0; }
 
@@ -183,7 +183,7 @@ class Resolution {
 
   // Empty if there is nothing to make an id from.
   void ReadHardwareString() {
-    hardware_string_ = manager_->GetHardwareIdString(kFormat);
+    hardware_string_ = manager_.GetHardwareIdString(kFormat);
     if (Has(ForceRandomHid)) hardware_string_.clear();
   }
 
@@ -194,7 +194,7 @@ class Resolution {
 
   void ReadHardwareIds() {
     runtime_ids_ = Has(UseEmulatedHardwareIds) ? ReadEmulatedHardwareIds()
-                                               : manager_->GetHardwareIdList(kFormat);
+                                               : manager_.GetHardwareIdList(kFormat);
   }
 
   void SaveRuntimeId() {
@@ -219,8 +219,8 @@ class Resolution {
     SaveHidSettings(*settings_);
   }
 
-  const std::unique_ptr<OSManager>& manager_;
-  const std::shared_ptr<HIDLog>& log_;
+  OSManager& manager_;
+  HIDLog& log_;
   const std::uint32_t flags_;
 
   DeviceId file_id_;
@@ -234,15 +234,13 @@ class Resolution {
 
 }  // namespace
 
-HidResult ResolveDeviceId(const std::unique_ptr<OSManager>& manager,
-                          const std::shared_ptr<HIDLog>& log, char* device_id,
-                          std::uint32_t device_id_size, char* log_buffer, std::uint32_t log_size,
+HidResult ResolveDeviceId(OSManager& manager, HIDLog& log, const HostBuffers& buffers,
                           std::uint32_t flags) {
   const std::optional<DeviceId> id = Resolution(manager, log, flags).Run();
   if (!id) return HidResult::UnexpectedFailure;
-  const int copied = CopyToBuffer(*id, device_id, device_id_size);
-  log->CopyTo(log_buffer, log_size);
-  return static_cast<HidResult>(copied);
+  const HidResult result = buffers.PutId(*id);
+  buffers.PutLog(log);
+  return result;
 }
 
 }  // namespace system_info

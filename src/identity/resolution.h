@@ -15,31 +15,21 @@
 #define DEVICEID_IDENTITY_RESOLUTION_H_
 
 #include <cstdint>
-#include <memory>
 
 #include "hardware/os_manager.h"
-#include "identity/hid_result.h"
 #include "support/call_log.h"
+#include "values/hid_result.h"
+#include "values/host_buffers.h"
 
 namespace system_info {
 
-// Bits of a mask that hosts pass. Others are ignored.
-enum ResolutionFlags : std::uint32_t {
-  SkipDateCheck = 1,           // The age of the record does not matter.
-  ForceRandomHid = 2,          // The hardware string counts as empty.
-  UseEmulatedHardwareIds = 4,  // The list of hardware ids comes from a file.
-};
-
-// Copies the id into `device_id` and then the log into `log_buffer`, and returns Success or
-// BufferTooSmall. Both sizes are in bytes and count the terminator; `log_buffer` may be null. What
-// is stored does not depend on whether the id fits.
+// Copies the id and then the log into `buffers`, and returns Success or BufferTooSmall. What is
+// stored does not depend on whether the id fits. `flags` are ResolutionFlags.
 //
 // Returns UnexpectedFailure, with no id and no record written and both buffers untouched, where
 // there is a record without an id, and where the hardware has to be compared and cannot be listed.
 // Throws what the manager and the storage throw; what was written until then stays.
-HidResult ResolveDeviceId(const std::unique_ptr<OSManager>& manager,
-                          const std::shared_ptr<HIDLog>& log, char* device_id,
-                          std::uint32_t device_id_size, char* log_buffer, std::uint32_t log_size,
+HidResult ResolveDeviceId(OSManager& manager, HIDLog& log, const HostBuffers& buffers,
                           std::uint32_t flags);
 
 }  // namespace system_info

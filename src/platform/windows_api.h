@@ -9,8 +9,11 @@
 #if defined(_WIN32)
 
 #include <comdef.h>
+#include <fcntl.h>
+#include <io.h>
 #include <iphlpapi.h>
 #include <setupapi.h>
+#include <share.h>
 #include <shlobj.h>
 #include <sys/stat.h>
 #include <wbemcli.h>
@@ -18,10 +21,10 @@
 
 #else
 
-#include "platform/posix/com_api.h"
-#include "platform/posix/file_api.h"
-#include "platform/posix/network_api.h"
-#include "platform/posix/runtime_api.h"
+#include "platform/linux/com_api.h"
+#include "platform/linux/file_api.h"
+#include "platform/linux/network_api.h"
+#include "platform/linux/runtime_api.h"
 
 #endif
 

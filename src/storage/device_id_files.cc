@@ -1,6 +1,6 @@
 #include "storage/device_id_files.h"
 
-#include "identity/device_id.h"
+#include "values/device_id.h"
 
 namespace system_info {
 namespace {
@@ -33,27 +33,27 @@ Source ReadEitherCopy(OSManager& manager, HIDLog& log, std::string& id,
 
 }  // namespace
 
-bool LoadDeviceId(const std::unique_ptr<OSManager>& manager, const std::shared_ptr<HIDLog>& log,
-                  std::string& id, const HidFormatVersion& version) {
-  const Source source = ReadEitherCopy(*manager, *log, id, version);
+bool LoadDeviceId(OSManager& manager, HIDLog& log, std::string& id,
+                  const HidFormatVersion& version) {
+  const Source source = ReadEitherCopy(manager, log, id, version);
   if (!IsValidDeviceId(id)) {
-    log->Write("Device id version " + version.ToString() + " is incorrect.", LogLevel::Info);
+    log.Write("Device id version " + version.ToString() + " is incorrect.", LogLevel::Info);
     return false;
   }
   // Not before the text is known to be an id, which the user copy may be the last one to hold.
-  if (source == Source::kCommon) manager->DeleteUserDeviceId(version);
+  if (source == Source::kCommon) manager.DeleteUserDeviceId(version);
   return source != Source::kNone;
 }
 
-void SaveDeviceId(const std::unique_ptr<OSManager>& manager, const std::shared_ptr<HIDLog>& log,
-                  const std::string& id, const HidFormatVersion& version) {
-  if (manager->WriteCommonDeviceId(id, version)) {
-    manager->DeleteUserDeviceId(version);
+void SaveDeviceId(OSManager& manager, HIDLog& log, const std::string& id,
+                  const HidFormatVersion& version) {
+  if (manager.WriteCommonDeviceId(id, version)) {
+    manager.DeleteUserDeviceId(version);
     return;
   }
-  log->Write("Unable to write in common dir", LogLevel::Error);
-  if (!manager->WriteUserDeviceId(id, version)) {
-    log->Write("Unable to write in user dir", LogLevel::Error);
+  log.Write("Unable to write in common dir", LogLevel::Error);
+  if (!manager.WriteUserDeviceId(id, version)) {
+    log.Write("Unable to write in user dir", LogLevel::Error);
   }
 }
 

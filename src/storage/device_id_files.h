@@ -6,24 +6,23 @@
 #ifndef DEVICEID_STORAGE_DEVICE_ID_FILES_H_
 #define DEVICEID_STORAGE_DEVICE_ID_FILES_H_
 
-#include <memory>
 #include <string>
 
-#include "api/format_version.h"
 #include "hardware/os_manager.h"
 #include "support/call_log.h"
+#include "values/format_version.h"
 
 namespace system_info {
 
 // Reads the stored id of `version` into `id`. True if a copy was found and holds a well-formed id.
 // On false `id` holds the text that was found, if any, or is untouched.
-bool LoadDeviceId(const std::unique_ptr<OSManager>& manager, const std::shared_ptr<HIDLog>& log,
-                  std::string& id, const HidFormatVersion& version);
+bool LoadDeviceId(OSManager& manager, HIDLog& log, std::string& id,
+                  const HidFormatVersion& version);
 
 // Stores `id` for `version`, in the user folder if the common one refuses it. A failure shows in
 // the log only: an id that could not be stored is still the id of the call.
-void SaveDeviceId(const std::unique_ptr<OSManager>& manager, const std::shared_ptr<HIDLog>& log,
-                  const std::string& id, const HidFormatVersion& version);
+void SaveDeviceId(OSManager& manager, HIDLog& log, const std::string& id,
+                  const HidFormatVersion& version);
 
 }  // namespace system_info
 

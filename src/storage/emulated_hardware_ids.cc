@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <utility>
 
-#include "storage/storage_paths.h"
+#include "support/file_operations.h"
+#include "support/folder_paths.h"
 
 namespace system_info {
 namespace {
@@ -13,16 +13,16 @@ namespace {
 // Ends a text file, wherever it stands.
 constexpr char kEndOfText = '\x1a';
 
-// All bytes of the stream, or the complete lines before a read error. Streams swallow what their
-// own operations throw; memory that runs out here has to show.
-std::string ReadText(std::istream& input) {
+// All bytes of the file, or the complete lines before a read error.
+std::string ReadText(InputFile& input) {
   std::string text;
-  std::array<char, 4096> buffer = {};
+  std::array<char, 4096> buffer;
+  std::size_t count = 0;
   do {
-    input.read(buffer.data(), buffer.size());
-    text.append(buffer.data(), static_cast<std::size_t>(input.gcount()));
-  } while (input);
-  if (input.bad()) text.resize(text.rfind('\n') + 1);
+    count = input.Read(buffer.data(), buffer.size());
+    text.append(buffer.data(), count);
+  } while (count == buffer.size());
+  if (input.failed()) text.resize(text.rfind('\n') + 1);
   return text;
 }
 
@@ -34,7 +34,7 @@ HardwareIdSet ReadEmulatedHardwareIds() {
 
   // Some systems open a folder as an empty stream.
   if (IsDirectory(path)) return std::nullopt;
-  std::ifstream file(path, std::ios::binary);
+  InputFile file(path);
   if (!file.is_open()) return std::nullopt;
 
   // The bytes are taken as they are and read by the rules of a Windows text file, which is what the

@@ -1,6 +1,7 @@
 #include "storage/folder_migration.h"
 
-#include "storage/storage_paths.h"
+#include "support/file_operations.h"
+#include "support/folder_paths.h"
 #include "support/text_conversions.h"
 
 namespace system_info {
@@ -11,29 +12,28 @@ constexpr const char* kCarriedFile = "device.id";
 
 }  // namespace
 
-void MigrateDeviceIdFolders(const std::shared_ptr<HIDLog>& log) {
+void MigrateDeviceIdFolders(HIDLog& log) {
   CopyDeviceIdFolder(log, CommonFolderPath(true), CommonFolderPath(false));
   CopyDeviceIdFolder(log, UserFolderPath(true), UserFolderPath(false));
 }
 
-void CopyDeviceIdFolder(const std::shared_ptr<HIDLog>& log, const std::string& old_dir,
-                        const std::string& new_dir) {
+void CopyDeviceIdFolder(HIDLog& log, const std::string& old_dir, const std::string& new_dir) {
   if (IsDirectory(new_dir) || !IsDirectory(old_dir)) return;
-  log->WriteWide(L"[CopyDeviceIdFolder] new dir: " + ToWide(new_dir), LogLevel::Debug);
-  log->WriteWide(L"[CopyDeviceIdFolder] old dir: " + ToWide(old_dir), LogLevel::Debug);
+  log.WriteWide(L"[CopyDeviceIdFolder] new dir: " + ToWide(new_dir), LogLevel::Debug);
+  log.WriteWide(L"[CopyDeviceIdFolder] old dir: " + ToWide(old_dir), LogLevel::Debug);
 
   const std::string old_file = old_dir + PathSeparator() + kCarriedFile;
   if (!PathExists(old_file)) {
-    log->WriteWide(L"[CopyDeviceIdFolder] old device.id not found", LogLevel::Info);
+    log.WriteWide(L"[CopyDeviceIdFolder] old device.id not found", LogLevel::Info);
     return;
   }
   if (!EnsureDirectory(new_dir)) return;
-  log->WriteWide(L"[CopyDeviceIdFolder] Create new dir: " + ToWide(new_dir), LogLevel::Debug);
+  log.WriteWide(L"[CopyDeviceIdFolder] Create new dir: " + ToWide(new_dir), LogLevel::Debug);
 
   if (CopyFileContents(old_file, new_dir + PathSeparator() + kCarriedFile, false)) {
-    log->WriteWide(L"[CopyDeviceIdFolder] Copy success", LogLevel::Debug);
+    log.WriteWide(L"[CopyDeviceIdFolder] Copy success", LogLevel::Debug);
   } else {
-    log->WriteWide(L"[CopyDeviceIdFolder] Copy failed", LogLevel::Error);
+    log.WriteWide(L"[CopyDeviceIdFolder] Copy failed", LogLevel::Error);
   }
 }
 

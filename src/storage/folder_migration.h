@@ -7,7 +7,6 @@
 #ifndef DEVICEID_STORAGE_FOLDER_MIGRATION_H_
 #define DEVICEID_STORAGE_FOLDER_MIGRATION_H_
 
-#include <memory>
 #include <string>
 
 #include "support/call_log.h"
@@ -16,11 +15,10 @@ namespace system_info {
 
 // Runs before anything else of a call touches the storage. The common folder and the user folder
 // are carried over independently.
-void MigrateDeviceIdFolders(const std::shared_ptr<HIDLog>& log);
+void MigrateDeviceIdFolders(HIDLog& log);
 
 // Carries over one folder. What happened shows in the log only.
-void CopyDeviceIdFolder(const std::shared_ptr<HIDLog>& log, const std::string& old_dir,
-                        const std::string& new_dir);
+void CopyDeviceIdFolder(HIDLog& log, const std::string& old_dir, const std::string& new_dir);
 
 }  // namespace system_info
 

@@ -1,13 +1,13 @@
 #include "storage/hid_settings.h"
 
 #include <array>
-#include <fstream>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
 
-#include "storage/storage_paths.h"
 #include "support/clock.h"
+#include "support/file_operations.h"
+#include "support/folder_paths.h"
 
 namespace system_info {
 namespace {
@@ -23,33 +23,32 @@ std::string SettingsPath(const std::string& folder) {
   return folder + PathSeparator() + kFileName;
 }
 
-// Every read gives true while the stream is good.
+// Every read gives true if all of the field is there.
 
 template <typename Integer>
-bool ReadInteger(std::istream& input, Integer& value) {
+bool ReadInteger(InputFile& input, Integer& value) {
   std::array<char, sizeof(Integer)> bytes = {};
-  input.read(bytes.data(), bytes.size());
+  if (input.Read(bytes.data(), bytes.size()) != bytes.size()) return false;
   std::make_unsigned_t<Integer> bits = 0;
   for (std::size_t i = bytes.size(); i-- > 0;) {
     bits = static_cast<decltype(bits)>(bits << 8 | static_cast<std::uint8_t>(bytes[i]));
   }
   value = static_cast<Integer>(bits);
-  return input.good();
+  return true;
 }
 
-bool ReadBytes(std::istream& input, std::uint32_t length, std::string& text) {
+bool ReadBytes(InputFile& input, std::uint32_t length, std::string& text) {
   if (length > kMaxStringLength) throw std::length_error("basic_string::resize");
   text.resize(length);
-  input.read(text.data(), static_cast<std::streamsize>(length));
-  return input.good();
+  return input.Read(text.data(), length) == length;
 }
 
-bool ReadString(std::istream& input, std::string& text) {
+bool ReadString(InputFile& input, std::string& text) {
   std::uint32_t length = 0;
   return ReadInteger(input, length) && ReadBytes(input, length, text);
 }
 
-bool ReadHardwareIds(std::istream& input, std::vector<std::string>& hardware_ids) {
+bool ReadHardwareIds(InputFile& input, std::vector<std::string>& hardware_ids) {
   std::uint32_t count = 0;
   if (!ReadInteger(input, count) || count > kMaxHardwareIds) return false;
   hardware_ids.reserve(count);
@@ -64,7 +63,7 @@ bool ReadHardwareIds(std::istream& input, std::vector<std::string>& hardware_ids
   return true;
 }
 
-bool ReadFields(std::istream& input, HidSettings& settings) {
+bool ReadFields(InputFile& input, HidSettings& settings) {
   std::string version;
   if (!ReadString(input, version)) return false;
   settings.version = HidFormatVersion(version);
@@ -75,35 +74,44 @@ bool ReadFields(std::istream& input, HidSettings& settings) {
          ReadHardwareIds(input, settings.hardware_ids);
 }
 
-// Every write gives true while the stream is good.
-
 template <typename Integer>
-bool WriteInteger(std::ostream& output, Integer value) {
+std::array<char, sizeof(Integer)> BytesOf(Integer value) {
   std::array<char, sizeof(Integer)> bytes = {};
   auto bits = static_cast<std::make_unsigned_t<Integer>>(value);
   for (char& byte : bytes) {
     byte = static_cast<char>(bits & 0xff);
     bits = static_cast<decltype(bits)>(bits >> 8);
   }
-  return output.write(bytes.data(), bytes.size()).good();
+  return bytes;
 }
 
-bool WriteString(std::ostream& output, const std::string& text) {
-  return WriteInteger(output, static_cast<std::uint32_t>(text.size())) &&
-         output.write(text.data(), static_cast<std::streamsize>(text.size())).good();
+template <typename Integer>
+void AppendInteger(std::string& bytes, Integer value) {
+  const auto appended = BytesOf(value);
+  bytes.append(appended.data(), appended.size());
 }
 
-bool WriteFields(std::ostream& output, const std::string& version, const HidSettings& settings) {
-  if (!WriteString(output, version) || !WriteString(output, settings.device_id) ||
-      !WriteInteger(output, static_cast<std::int32_t>(settings.hid_type)) ||
-      !WriteInteger(output, PresentSeconds()) ||
-      !WriteInteger(output, static_cast<std::uint32_t>(settings.hardware_ids.size()))) {
-    return false;
-  }
-  for (const std::string& id : settings.hardware_ids) {
-    if (!WriteString(output, id)) return false;
-  }
-  return true;
+void AppendString(std::string& bytes, const std::string& text) {
+  AppendInteger(bytes, static_cast<std::uint32_t>(text.size()));
+  bytes += text;
+}
+
+// The bytes of a record, in the order of the file, and where the date stands among them.
+struct RecordBytes {
+  std::string bytes;
+  std::size_t date_position = 0;
+};
+
+RecordBytes MakeBytes(const HidSettings& settings) {
+  RecordBytes record;
+  AppendString(record.bytes, settings.version.ToString());
+  AppendString(record.bytes, settings.device_id);
+  AppendInteger(record.bytes, static_cast<std::int32_t>(settings.hid_type));
+  record.date_position = record.bytes.size();
+  AppendInteger(record.bytes, std::int64_t{0});
+  AppendInteger(record.bytes, static_cast<std::uint32_t>(settings.hardware_ids.size()));
+  for (const std::string& id : settings.hardware_ids) AppendString(record.bytes, id);
+  return record;
 }
 
 }  // namespace
@@ -128,24 +136,24 @@ bool SaveHidSettings(const HidSettings& settings) {
 
 std::optional<HidSettings> ReadHidSettingsFile(const std::string& folder) {
   const std::string path = SettingsPath(folder);
-  std::ifstream input(path, std::ios::binary);
+  InputFile input(path);
   if (!input.is_open()) return std::nullopt;
   HidSettings settings(HidFormatVersion(), HidType::Generated, {}, {});
   if (ReadFields(input, settings)) return settings;
-  input.close();
+  input.Close();
   RemoveFile(path);
   return std::nullopt;
 }
 
 bool WriteHidSettingsFile(const HidSettings& settings, const std::string& folder) {
   if (settings.hardware_ids.size() > kMaxHardwareIds || !EnsureDirectory(folder)) return false;
-  // With a buffer of its own the stream needs no memory once the old record is gone.
-  std::array<char, 4096> buffer = {};
-  std::ofstream output;
-  output.rdbuf()->pubsetbuf(buffer.data(), buffer.size());
-  const std::string version = settings.version.ToString();
-  output.open(SettingsPath(folder), std::ios::binary | std::ios::trunc);
-  return output.is_open() && WriteFields(output, version, settings);
+  // Made before the file is opened: no memory is needed once the old record is gone.
+  RecordBytes record = MakeBytes(settings);
+  OutputFile output(SettingsPath(folder));
+  if (!output.is_open()) return false;
+  const auto date = BytesOf(PresentSeconds());
+  record.bytes.replace(record.date_position, date.size(), date.data(), date.size());
+  return output.Write(record.bytes);
 }
 
 }  // namespace system_info

@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "api/format_version.h"
+#include "values/format_version.h"
 
 namespace system_info {
 

@@ -14,7 +14,7 @@
 
 #include "deviceid.h"
 #include "hardware/os_manager.h"
-#include "platform/posix/machine.h"
+#include "platform/linux/machine.h"
 
 namespace system_info {
 

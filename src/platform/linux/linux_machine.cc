@@ -1,0 +1,250 @@
+#include "platform/linux/linux_machine.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+#include <cwchar>
+#include <filesystem>
+#include <utility>
+
+#include "platform/linux/linux_mounts.h"
+#include "platform/linux/linux_network.h"
+#include "platform/linux/runtime_api.h"
+#include "platform/linux/value_files.h"
+
+namespace system_info {
+namespace {
+
+constexpr const char* kDmi = "/sys/class/dmi/id";
+
+// Byte by byte, so that a value is the same whatever the locale of the process is.
+WmiValue ToValue(const std::optional<std::string>& text) {
+  if (!text) return {};
+  std::wstring wide;
+  for (const char byte : *text) wide += static_cast<wchar_t>(static_cast<unsigned char>(byte));
+  return wide;
+}
+
+std::optional<std::string> OnlyRealUuid(std::optional<std::string> text) {
+  if (text && !IsRealUuid(*text)) return std::nullopt;
+  return text;
+}
+
+std::optional<std::string> SystemUuid(const std::string& root) {
+  std::error_code failure;
+  if (std::filesystem::exists(root + kDmi, failure)) {
+    return OnlyRealUuid(ReadValue(root + kDmi + "/product_uuid"));
+  }
+  // Texts of the device tree end in a zero byte, which is not a part of them.
+  auto serial = ReadValue(root + "/sys/firmware/devicetree/base/serial-number");
+  if (serial) serial->erase(std::min(serial->size(), serial->find('\0')));
+  if (serial && serial->empty()) return std::nullopt;
+  return OnlyRealUuid(serial);
+}
+
+// Where a path ends up behind its symbolic links, seen from `root`.
+std::string Resolve(const std::string& root, const std::string& path) {
+  std::error_code failure;
+  const std::string folder = root.empty() ? "" : std::filesystem::canonical(root, failure).string();
+  const std::string resolved = std::filesystem::canonical(root + path, failure).string();
+  return resolved.starts_with(folder + "/") ? resolved.substr(folder.size()) : path;
+}
+
+std::optional<std::string> SystemSerial(const std::string& root, const LinuxMounts& mounts) {
+  for (const std::string path : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
+    // One of them is often a link to the other.
+    if (mounts.IsVolatile(Resolve(root, path))) continue;
+    auto id = OnlyRealUuid(ReadValue(root + path));
+    if (id && *id != "uninitialized") return id;
+  }
+  return std::nullopt;
+}
+
+std::string FormatUuid(const std::array<std::uint8_t, 16>& bytes) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
+    text += kDigits[bytes[i] >> 4];
+    text += kDigits[bytes[i] & 15];
+  }
+  return text;
+}
+
+// The name of the block device in "/dev" that a mount is made from.
+std::string DeviceName(const std::string& root, const Mount& mount) {
+  const auto name = LinkedName(root + "/sys/dev/block/" + mount.device);
+  if (name) return *name;
+  // File systems that span devices have a number of their own.
+  if (!mount.source.starts_with('/')) return {};
+  const auto mapped = LinkedName(root + mount.source);
+  return mapped ? *mapped : std::filesystem::path(mount.source).filename().string();
+}
+
+std::optional<std::string> UuidByDevice(const std::string& root, const std::string& device) {
+  const std::string folder = root + "/dev/disk/by-uuid";
+  for (const std::string& uuid : NamesIn(folder)) {
+    if (LinkedName(std::filesystem::path(folder) / uuid) == device) return uuid;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> VolumeUuid(const std::string& root, const LinuxMounts& mounts,
+                                      const KernelAnswers& kernel) {
+  // An overlay has no file system of its own; the kernel draws it a UUID as it is mounted.
+  const Mount* mount = mounts.Holding("/");
+  if (mounts.IsVolatile("/") || (mount != nullptr && mount->type == "overlay")) return std::nullopt;
+  if (const auto uuid = kernel.file_system_uuid(root + "/")) return OnlyRealUuid(FormatUuid(*uuid));
+  if (mount == nullptr) return std::nullopt;
+  return OnlyRealUuid(UuidByDevice(root, DeviceName(root, *mount)));
+}
+
+// One row with the address of the first of `interfaces` that `suits`, or no row.
+template <typename Suits>
+std::vector<WmiRow> FirstAddress(const std::string& root, Suits suits) {
+  for (const LinuxInterface& found : ListInterfaces(root)) {
+    if (!suits(found)) continue;
+    const std::string folder = root + "/sys/class/net/" + found.adapter.name;
+    return {{{L"MACAddress", ToValue(ReadValue(folder + "/address"))}}};
+  }
+  return {};
+}
+
+// The folder itself or the nearest one above it that exists.
+bool BelongsToUser(std::filesystem::path folder) {
+  struct stat status = {};
+  while (stat(folder.c_str(), &status) != 0) {
+    if (errno != ENOENT || !folder.has_relative_path()) return false;
+    folder = folder.parent_path();
+  }
+  return S_ISDIR(status.st_mode) && status.st_uid == geteuid();
+}
+
+// The library widens some paths on their way to a file call. A path that the locale of the process
+// cannot take would name another file there.
+bool SurvivesWidening(const std::string& path) {
+  std::vector<wchar_t> wide(path.size() + 1);
+  std::mbstate_t state = {};
+  const char* rest = path.c_str();
+  return (mbsrtowcs)(wide.data(), &rest, wide.size(), &state) != static_cast<std::size_t>(-1);
+}
+
+// Without separators at its end. None if the library cannot use it.
+std::optional<std::string> UsableFolder(std::string path) {
+  while (path.ends_with('/')) path.pop_back();
+  for (const auto& part : std::filesystem::path(path)) {
+    if (part == "..") return std::nullopt;
+  }
+  if (!SurvivesWidening(path)) return std::nullopt;
+  return path;
+}
+
+// An environment that somebody else prepared must not choose where the state lives.
+std::optional<std::string> FolderFromEnvironment(const char* name) {
+  const char* value = secure_getenv(name);
+  if (value == nullptr || *value != '/' || !BelongsToUser(value)) return std::nullopt;
+  return UsableFolder(value);
+}
+
+std::optional<std::string> HomeFromPasswordDatabase() {
+  std::vector<char> buffer(1024);
+  passwd entry = {};
+  passwd* found = nullptr;
+  while (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE) {
+    buffer.resize(buffer.size() * 2);
+  }
+  if (found == nullptr || *entry.pw_dir != '/') return std::nullopt;
+  return UsableFolder(entry.pw_dir);
+}
+
+}  // namespace
+
+LinuxMachine::LinuxMachine(const std::string& root, KernelAnswers kernel)
+    : root_(root == "/" ? "" : root), kernel_(std::move(kernel)) {}
+
+std::vector<WmiRow> LinuxMachine::QueryWmi(const std::wstring& class_text) {
+  if (class_text == L"Win32_ComputerSystemProduct") {
+    return {{{L"UUID", ToValue(SystemUuid(root_))},
+             {L"IdentifyingNumber", ToValue(ReadValue(root_ + kDmi + "/product_serial"))}}};
+  }
+  if (class_text == L"Win32_BaseBoard") {
+    return {{{L"SerialNumber", ToValue(ReadValue(root_ + kDmi + "/board_serial"))}}};
+  }
+  if (class_text == L"Win32_OperatingSystem") {
+    return {{{L"SerialNumber", ToValue(SystemSerial(root_, LinuxMounts(root_)))}}};
+  }
+  if (class_text == L"win32_logicaldisk WHERE deviceid=\"C:\"") {
+    return {{{L"VolumeSerialNumber", ToValue(VolumeUuid(root_, LinuxMounts(root_), kernel_))}}};
+  }
+  if (class_text == L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE") {
+    const std::set<std::string> with_address = kernel_.interfaces_with_address();
+    return FirstAddress(root_, [&](const LinuxInterface& candidate) {
+      return candidate.up && with_address.contains(candidate.adapter.name);
+    });
+  }
+  if (class_text ==
+      L"Win32_NetworkAdapter WHERE Manufacturer != 'Microsoft' AND NOT PNPDeviceID LIKE "
+      L"'ROOT%\\\\'") {
+    return FirstAddress(root_,
+                        [](const LinuxInterface& candidate) { return candidate.has_device; });
+  }
+  return {};
+}
+
+std::vector<NetworkAdapter> LinuxMachine::NetworkAdapters() {
+  std::vector<NetworkAdapter> adapters;
+  for (LinuxInterface& found : ListInterfaces(root_)) adapters.push_back(std::move(found.adapter));
+  return adapters;
+}
+
+std::vector<PciNetworkDevice> LinuxMachine::PciNetworkDevices() {
+  std::vector<LinuxInterface> interfaces = ListInterfaces(root_);
+  std::erase_if(interfaces, [](const auto& found) { return !found.pci_address; });
+  std::stable_sort(interfaces.begin(), interfaces.end(), [](const auto& left, const auto& right) {
+    return left.pci_address < right.pci_address;
+  });
+
+  std::vector<PciNetworkDevice> devices;
+  for (const LinuxInterface& found : interfaces) {
+    PciNetworkDevice device;
+    device.instance_id = found.adapter.name;
+    if (!found.adapter.description.empty()) device.description = found.adapter.description;
+    devices.push_back(device);
+  }
+  return devices;
+}
+
+std::wstring LinuxMachine::WindowsFolder() { return L"C:\\Windows"; }
+
+std::optional<std::string> LinuxMachine::CommonRoot() {
+  const std::string folder = root_ + "/var/lib";
+  std::error_code failure;
+  std::filesystem::create_directories(folder, failure);
+  return folder;
+}
+
+std::optional<std::string> LinuxMachine::UserRoot() {
+  std::optional<std::string> folder = FolderFromEnvironment("XDG_DATA_HOME");
+  if (!folder) {
+    folder = FolderFromEnvironment("HOME");
+    if (!folder) folder = HomeFromPasswordDatabase();
+    if (!folder) return std::nullopt;
+    *folder += "/.local/share";
+  }
+  std::error_code failure;
+  std::filesystem::create_directories(*folder, failure);
+  return folder;
+}
+
+std::int64_t LinuxMachine::PresentTicks() {
+  std::timespec now = {};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return std::int64_t{now.tv_sec} * 10'000'000 + now.tv_nsec / 100;
+}
+
+}  // namespace system_info

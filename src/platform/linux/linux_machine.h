@@ -1,0 +1,52 @@
+// The real computer: what the kernel and the system's files tell of it.
+//
+// Everything is read below a root folder, so that a made-up tree can stand for a computer. A value
+// that cannot be read, is empty, is all zeros where it is a UUID, or is drawn anew at each boot, is
+// null. Serial numbers that only root may read are null for everybody else. Drive C: stands for the
+// file system at "/".
+
+#ifndef DEVICEID_PLATFORM_LINUX_LINUX_MACHINE_H_
+#define DEVICEID_PLATFORM_LINUX_LINUX_MACHINE_H_
+
+#include <functional>
+#include <set>
+
+#include "platform/linux/machine.h"
+
+namespace system_info {
+
+// What the kernel tells only in answer to a call, and not below any folder.
+struct KernelAnswers {
+  // The 16 bytes of the UUID of the file system at `path`, if the kernel has a call for that.
+  std::function<std::optional<std::array<std::uint8_t, 16>>(const std::string& path)>
+      file_system_uuid;
+
+  // The names of the interfaces that have an IP address.
+  std::function<std::set<std::string>()> interfaces_with_address;
+};
+
+// Those of the running kernel.
+KernelAnswers AskKernel();
+
+class LinuxMachine final : public Machine {
+ public:
+  // `root` is "/" for the computer itself.
+  explicit LinuxMachine(const std::string& root, KernelAnswers kernel = AskKernel());
+
+  std::vector<WmiRow> QueryWmi(const std::wstring& class_text) override;
+  std::vector<NetworkAdapter> NetworkAdapters() override;
+  std::vector<PciNetworkDevice> PciNetworkDevices() override;
+  std::wstring WindowsFolder() override;
+  // Both are made if they are not there.
+  std::optional<std::string> CommonRoot() override;
+  std::optional<std::string> UserRoot() override;
+  std::int64_t PresentTicks() override;
+
+ private:
+  std::string root_;  // Without a separator at the end: empty for "/".
+  KernelAnswers kernel_;
+};
+
+}  // namespace system_info
+
+#endif  // DEVICEID_PLATFORM_LINUX_LINUX_MACHINE_H_

@@ -1,0 +1,29 @@
+// Values in small files, as the kernel and the system keep them.
+
+#ifndef DEVICEID_PLATFORM_LINUX_VALUE_FILES_H_
+#define DEVICEID_PLATFORM_LINUX_VALUE_FILES_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace system_info {
+
+// What the file holds, without one line end at its end. None if it cannot be read or is empty.
+std::optional<std::string> ReadValue(const std::string& path);
+
+// A whole number in base 10, or in base 16 with a leading "0x". None if the file holds none.
+std::optional<long> ReadNumber(const std::string& path);
+
+// The last name in the target of a symbolic link. None if there is no such link.
+std::optional<std::string> LinkedName(const std::string& path);
+
+// The names in a folder, in no order. Empty if it cannot be read.
+std::vector<std::string> NamesIn(const std::string& folder);
+
+// False for an identifier of which nothing is left without its dashes and zeros.
+bool IsRealUuid(const std::string& text);
+
+}  // namespace system_info
+
+#endif  // DEVICEID_PLATFORM_LINUX_VALUE_FILES_H_

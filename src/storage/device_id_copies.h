@@ -1,0 +1,22 @@
+// The two copies of a device id file: where they lie. The members of WindowsOSManager that read,
+// write and delete them are in the source file beside this header.
+
+#ifndef DEVICEID_STORAGE_DEVICE_ID_COPIES_H_
+#define DEVICEID_STORAGE_DEVICE_ID_COPIES_H_
+
+#include <string>
+
+#include "values/format_version.h"
+
+namespace system_info {
+
+// "device.id" for versions below 2.0, "device.idv2" from 2.0 on.
+std::string DeviceIdFileName(HidFormatVersion version);
+
+// The file of `version` in the common folder and in the user folder.
+std::string CommonDeviceIdPath(HidFormatVersion version);
+std::string UserDeviceIdPath(HidFormatVersion version);
+
+}  // namespace system_info
+
+#endif  // DEVICEID_STORAGE_DEVICE_ID_COPIES_H_

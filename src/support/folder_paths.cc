@@ -1,0 +1,33 @@
+#include "support/folder_paths.h"
+
+#include <filesystem>
+
+#include "platform/windows_api.h"
+
+namespace system_info {
+namespace {
+
+constexpr const char* kCurrentFolderName = "BrindleQuayWorks";
+constexpr const char* kOldFolderName = "Fennel";
+
+std::string FolderPath(int folder_id, bool use_old_name) {
+  char root[MAX_PATH] = {};
+  if (SHGetFolderPathA(nullptr, folder_id, nullptr, SHGFP_TYPE_CURRENT, root) != S_OK) return {};
+  return root + PathSeparator() + (use_old_name ? kOldFolderName : kCurrentFolderName);
+}
+
+}  // namespace
+
+std::string CommonFolderPath(bool use_old_name) {
+  return FolderPath(CSIDL_COMMON_APPDATA, use_old_name);
+}
+
+std::string UserFolderPath(bool use_old_name) { return FolderPath(CSIDL_APPDATA, use_old_name); }
+
+const std::string& PathSeparator() {
+  static const std::string kSeparator(
+      1, static_cast<char>(std::filesystem::path::preferred_separator));
+  return kSeparator;
+}
+
+}  // namespace system_info
