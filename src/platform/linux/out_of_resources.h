@@ -1,0 +1,23 @@
+// The one rule for a process or a system that has run out of descriptors, memory or locks: what
+// cannot be read now is not what is not there.
+//
+// Windows never fails in that way where the library asks for a file or a value, so no failure code
+// of the platform door says it. A call that meets such an error ends by an exception: the host can
+// ask again, while an id that was given up because a value seemed to be missing is lost for good.
+
+#ifndef DEVICEID_PLATFORM_LINUX_OUT_OF_RESOURCES_H_
+#define DEVICEID_PLATFORM_LINUX_OUT_OF_RESOURCES_H_
+
+namespace system_info {
+
+// True for EMFILE, ENFILE, ENOMEM and ENOLCK.
+bool IsOutOfResources(int error);
+
+// Throws std::system_error if `error` is one of those, and returns otherwise. The text of the
+// exception is `what` and the system's text of the error. Throws std::bad_alloc if there is no
+// memory for that text.
+void ThrowIfOutOfResources(int error, const char* what);
+
+}  // namespace system_info
+
+#endif  // DEVICEID_PLATFORM_LINUX_OUT_OF_RESOURCES_H_
