@@ -13,9 +13,7 @@ constexpr HidFormatVersion kFirstWithOwnFile(2, 0);
 }  // namespace
 
 std::string DeviceIdFileName(HidFormatVersion version) {
-  static const std::string kFirstFileName = "device.id";
-  static const std::string kSecondFileName = "device.idv2";
-  return version < kFirstWithOwnFile ? kFirstFileName : kSecondFileName;
+  return version < kFirstWithOwnFile ? "device.id" : "device.idv2";
 }
 
 std::string CommonDeviceIdPath(HidFormatVersion version) {

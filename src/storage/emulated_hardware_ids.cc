@@ -10,6 +10,8 @@
 namespace system_info {
 namespace {
 
+constexpr const char* kFileName = "hardware_ids.emulated";
+
 // Ends a text file, wherever it stands.
 constexpr char kEndOfText = '\x1a';
 
@@ -29,7 +31,6 @@ std::string ReadText(InputFile& input) {
 }  // namespace
 
 HardwareIdSet ReadEmulatedHardwareIds() {
-  static const std::string kFileName = "hardware_ids.emulated";
   const std::string path = CommonFolderPath(false) + PathSeparator() + kFileName;
 
   // Some systems open a folder as an empty stream.

@@ -12,16 +12,15 @@
 namespace system_info {
 namespace {
 
+constexpr const char* kFileName = "hid_settings";
+
 constexpr std::uint32_t kMaxHardwareIds = 256;
 
 // The longest string of a 32-bit process. Every build refuses what is longer as that one
 // does.
 constexpr std::uint32_t kMaxStringLength = 0x7ffffffe;
 
-std::string SettingsPath(const std::string& folder) {
-  static const std::string kFileName = "hid_settings";
-  return folder + PathSeparator() + kFileName;
-}
+std::string SettingsPath(const std::string& folder) { return folder + PathSeparator() + kFileName; }
 
 // Every read gives true if all of the field is there.
 

@@ -13,7 +13,7 @@ constexpr const char* kOldFolderName = "Fennel";
 std::string FolderPath(int folder_id, bool use_old_name) {
   char root[MAX_PATH] = {};
   if (SHGetFolderPathA(nullptr, folder_id, nullptr, SHGFP_TYPE_CURRENT, root) != S_OK) return {};
-  return root + PathSeparator() + (use_old_name ? kOldFolderName : kCurrentFolderName);
+  return std::string(root) + PathSeparator() + (use_old_name ? kOldFolderName : kCurrentFolderName);
 }
 
 }  // namespace
@@ -24,10 +24,6 @@ std::string CommonFolderPath(bool use_old_name) {
 
 std::string UserFolderPath(bool use_old_name) { return FolderPath(CSIDL_APPDATA, use_old_name); }
 
-const std::string& PathSeparator() {
-  static const std::string kSeparator(
-      1, static_cast<char>(std::filesystem::path::preferred_separator));
-  return kSeparator;
-}
+char PathSeparator() { return static_cast<char>(std::filesystem::path::preferred_separator); }
 
 }  // namespace system_info

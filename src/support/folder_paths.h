@@ -15,8 +15,8 @@ namespace system_info {
 std::string CommonFolderPath(bool use_old_name);
 std::string UserFolderPath(bool use_old_name);
 
-// One backslash, or what the operating system has in its place.
-const std::string& PathSeparator();
+// A backslash, or what the operating system has in its place.
+char PathSeparator();
 
 }  // namespace system_info
 

@@ -6,10 +6,22 @@
 
 #include "platform/windows_api.h"
 
+// Each repair below is for GCC 12's runtime of MinGW-w64 with Win32 threads, which Debian's
+// i686-w64-mingw32 and x86_64-w64-mingw32 compilers link into the DLL. A runtime that uses the
+// system's slim locks and native thread storage (GCC 13 with the mcf thread model, LLVM's libc++,
+// the runtime of MSVC) needs none of them. The test "a host that loads and unloads the library
+// again and again" says whether a repair can go: it counts handles, TLS indexes and heap blocks
+// over a hundred loads and calls.
+
 namespace {
 
-// The runtime's mutexes are few, and nearly all are static and never destroyed.
-std::array<std::atomic<HANDLE>, 64> semaphores;
+// The semaphores of the runtime's mutexes.
+//
+// Two mutexes are made on first use and never destroyed: that of the 32-bit runtime's list of
+// unwind tables, which each load makes, and that of the emulated thread-local storage, which the
+// first exception makes. Without the repair each load and unload leaves one handle open in a 32-bit
+// process, and one more in any process if an exception was thrown.
+std::array<std::atomic<HANDLE>, 16> semaphores;
 
 // Exchanges one `old` for `value` and returns whether there was one.
 bool Replace(HANDLE old, HANDLE value) {
@@ -19,12 +31,19 @@ bool Replace(HANDLE old, HANDLE value) {
   });
 }
 
-// Of the slots in the threads' storage, each one more than its number; 0 is none.
-std::array<std::atomic<DWORD>, 8> slots;
+// TLS indexes, stored plus one; 0 marks a free entry.
+//
+// The emulated thread-local storage, in which the runtime keeps the exceptions that a thread is
+// handling, takes an index at the first exception and never gives it back. A process has 1088 of
+// them: after about as many loads whose call met an exception the runtime ended the host.
+std::array<std::atomic<DWORD>, 8> tls_indexes;
 
 }  // namespace
 
 extern "C" {
+
+// The linker puts these functions in the place of the imports by which the runtime takes what it
+// does not give back (runtime_imports_*.ld).
 
 HANDLE WINAPI OpenRuntimeSemaphore(LPSECURITY_ATTRIBUTES security, LONG count, LONG most, LPCWSTR) {
   const HANDLE semaphore = CreateSemaphoreA(security, count, most, nullptr);
@@ -32,27 +51,28 @@ HANDLE WINAPI OpenRuntimeSemaphore(LPSECURITY_ATTRIBUTES security, LONG count, L
   return semaphore;
 }
 
-// The name of the real import stands for this function everywhere in the library.
-DWORD WINAPI OpenRuntimeSlot() {
+DWORD WINAPI OpenRuntimeTlsIndex() {
+  // A plain call would come back to this function.
   HMODULE system = nullptr;
   GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, "kernel32.dll", &system);
   const auto alloc = reinterpret_cast<void*>(GetProcAddress(system, "TlsAlloc"));
-  const DWORD slot = reinterpret_cast<decltype(&TlsAlloc)>(alloc)();
-  for (std::atomic<DWORD>& place : slots) {
+  const DWORD index = reinterpret_cast<decltype(&TlsAlloc)>(alloc)();
+  for (std::atomic<DWORD>& place : tls_indexes) {
     DWORD none = 0;
-    if (slot == TLS_OUT_OF_INDEXES || place.compare_exchange_strong(none, slot + 1)) break;
+    if (index == TLS_OUT_OF_INDEXES || place.compare_exchange_strong(none, index + 1)) break;
   }
-  return slot;
+  return index;
 }
 
-// At load the 32-bit runtime asks for a shared copy of itself, which a host may have brought along,
-// and would tell that of the library's unwind tables. The library has its own, which looks nowhere
-// else, and would find no handler for any exception.
+// At load the 32-bit runtime looks for a shared copy of itself, libgcc_s_dw2-1.dll, in the process
+// and registers the DLL's unwind tables there if the host has loaded it. The DLL's own unwinder,
+// which is linked into it, then finds no handler for any exception, and the first one ends the
+// host. Seen with any 32-bit host that uses MinGW's shared runtime; the story of such a host plays
+// it. Of no use any more once the 32-bit compiler unwinds without registered tables.
 HMODULE WINAPI FindSharedRuntime(LPCSTR /*name*/) { return nullptr; }
 
-// The linker puts these in place of the imports by which the runtime does so.
 decltype(&OpenRuntimeSemaphore) runtime_semaphore_import = OpenRuntimeSemaphore;
-decltype(&OpenRuntimeSlot) runtime_slot_import = OpenRuntimeSlot;
+decltype(&OpenRuntimeTlsIndex) runtime_tls_import = OpenRuntimeTlsIndex;
 decltype(&FindSharedRuntime) runtime_module_import = FindSharedRuntime;
 
 // The head of the runtime's own type.
@@ -63,15 +83,17 @@ struct RuntimeMutex {
 
 void __real___gthr_win32_mutex_destroy(RuntimeMutex* mutex);
 
-// The few mutexes that the runtime does destroy may be destroyed after ReleaseRuntime. The linker
-// sends them here.
+// The runtime does destroy the mutex of its memory for exceptions, but only after ReleaseRuntime
+// has closed the semaphore. Without this function, to which the linker leads that call (--wrap),
+// the handle would be closed a second time, when it may already be somebody else's.
 void __wrap___gthr_win32_mutex_destroy(RuntimeMutex* mutex) {
   if (Replace(mutex->semaphore, nullptr)) __real___gthr_win32_mutex_destroy(mutex);
 }
 
 }  // extern "C"
 
-// Declared in no header of the runtime.
+// Frees the memory that the runtime sets aside for exceptions at each load, for the case that there
+// is no other: one heap block, lost with each unload. Declared in no header of the runtime.
 namespace __gnu_cxx {
 void __freeres() noexcept;
 }
@@ -83,9 +105,9 @@ void ReleaseRuntime() {
     const HANDLE semaphore = place.exchange(nullptr);
     if (semaphore != nullptr) CloseHandle(semaphore);
   }
-  for (std::atomic<DWORD>& place : slots) {
-    const DWORD slot = place.exchange(0);
-    if (slot != 0) TlsFree(slot - 1);
+  for (std::atomic<DWORD>& place : tls_indexes) {
+    const DWORD index = place.exchange(0);
+    if (index != 0) TlsFree(index - 1);
   }
   __gnu_cxx::__freeres();
 }

@@ -6,9 +6,9 @@
 namespace system_info {
 
 // Gives back what the runtime keeps until the end of the process: the semaphores of its mutexes,
-// its slot in the threads' storage, and the memory that it holds for exceptions when there is no
-// other; but not what it keeps for each thread that goes on. Only for a library that is being
-// unloaded, when no thread runs its code any more.
+// its TLS index, and the memory that it sets aside for exceptions; but not what it keeps for each
+// thread that goes on. Only for a library that is being unloaded, when no thread runs its code any
+// more.
 void ReleaseRuntime();
 
 }  // namespace system_info
