@@ -4,12 +4,13 @@
 #include <ifaddrs.h>
 #include <netinet/in.h>
 #include <sys/ioctl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <memory>
 
 #include "platform/linux/linux_machine.h"
+#include "platform/linux/out_of_resources.h"
+#include "platform/linux/value_files.h"
 
 namespace system_info {
 namespace {
@@ -22,11 +23,9 @@ struct FileSystemUuid {
 constexpr unsigned long kGetFileSystemUuid = _IOR(0x15, 0, FileSystemUuid);
 
 std::optional<std::array<std::uint8_t, 16>> GetFileSystemUuid(const std::string& path) {
-  const int folder = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder < 0) return std::nullopt;
+  const Descriptor folder = OpenToRead(path, O_DIRECTORY);
   FileSystemUuid uuid = {};
-  const bool answered = ioctl(folder, kGetFileSystemUuid, &uuid) == 0;
-  close(folder);
+  const bool answered = ioctl(folder.get(), kGetFileSystemUuid, &uuid) == 0;
   std::array<std::uint8_t, 16> bytes = {};
   if (!answered || uuid.length != bytes.size()) return std::nullopt;
   std::copy(std::begin(uuid.bytes), std::end(uuid.bytes), bytes.begin());
@@ -36,7 +35,10 @@ std::optional<std::array<std::uint8_t, 16>> GetFileSystemUuid(const std::string&
 std::set<std::string> ListInterfacesWithAddress() {
   std::set<std::string> names;
   ifaddrs* first = nullptr;
-  if (getifaddrs(&first) != 0) return names;
+  if (getifaddrs(&first) != 0) {
+    ThrowIfOutOfResources(errno, "addresses");
+    return names;
+  }
   const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> addresses(first, freeifaddrs);
   for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
     if (entry->ifa_addr == nullptr) continue;

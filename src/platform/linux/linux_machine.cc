@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <ctime>
-#include <filesystem>
 #include <utility>
 
 #include "platform/linux/linux_folders.h"
@@ -29,8 +28,7 @@ std::optional<std::string> OnlyRealUuid(std::optional<std::string> text) {
 }
 
 std::optional<std::string> SystemUuid(const std::string& root) {
-  std::error_code failure;
-  if (std::filesystem::exists(root + kDmi, failure)) {
+  if (Exists(root + kDmi)) {
     return OnlyRealUuid(ReadValue(root + kDmi + "/product_uuid"));
   }
   // Texts of the device tree end in a zero byte, which is not a part of them.
@@ -42,9 +40,8 @@ std::optional<std::string> SystemUuid(const std::string& root) {
 
 // Where a path ends up behind its symbolic links, seen from `root`.
 std::string Resolve(const std::string& root, const std::string& path) {
-  std::error_code failure;
-  const std::string folder = root.empty() ? "" : std::filesystem::canonical(root, failure).string();
-  const std::string resolved = std::filesystem::canonical(root + path, failure).string();
+  const std::string folder = root.empty() ? "" : ResolvedPath(root).value_or("");
+  const std::string resolved = ResolvedPath(root + path).value_or("");
   return resolved.starts_with(folder + "/") ? resolved.substr(folder.size()) : path;
 }
 
@@ -75,14 +72,13 @@ std::string DeviceName(const std::string& root, const Mount& mount) {
   if (name) return *name;
   // File systems that span devices have a number of their own.
   if (!mount.source.starts_with('/')) return {};
-  const auto mapped = LinkedName(root + mount.source);
-  return mapped ? *mapped : std::filesystem::path(mount.source).filename().string();
+  return LinkedName(root + mount.source).value_or(LastName(mount.source));
 }
 
 std::optional<std::string> UuidByDevice(const std::string& root, const std::string& device) {
   const std::string folder = root + "/dev/disk/by-uuid";
   for (const std::string& uuid : NamesIn(folder)) {
-    if (LinkedName(std::filesystem::path(folder) / uuid) == device) return uuid;
+    if (LinkedName(folder + "/" + uuid) == device) return uuid;
   }
   return std::nullopt;
 }

@@ -1,23 +1,35 @@
 #include "platform/linux/linux_mounts.h"
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <algorithm>
+#include <string_view>
+
+#include "platform/linux/value_files.h"
 
 namespace system_info {
 namespace {
 
+// Takes what stands before the first `separator` from the front of `text`.
+std::string_view TakeUpTo(char separator, std::string_view& text) {
+  const std::string_view taken = text.substr(0, text.find(separator));
+  text.remove_prefix(std::min(text.size(), taken.size() + 1));
+  return taken;
+}
+
 // "27 1 254:0 / /mnt rw,relatime shared:1 - ext4 /dev/vda rw": the number of fields before the dash
 // varies.
-std::optional<Mount> ParseLine(const std::string& line) {
+std::optional<Mount> ParseLine(std::string_view line) {
   Mount mount;
-  std::string skipped;
-  std::istringstream words(line);
-  words >> skipped >> skipped >> mount.device >> skipped >> mount.point;
-  while (words >> skipped && skipped != "-") {
+  TakeUpTo(' ', line);
+  TakeUpTo(' ', line);
+  mount.device = TakeUpTo(' ', line);
+  TakeUpTo(' ', line);
+  mount.point = TakeUpTo(' ', line);
+  while (!line.empty() && TakeUpTo(' ', line) != "-") {
   }
-  words >> mount.type >> mount.source >> mount.options;
-  if (!words) return std::nullopt;
+  mount.type = TakeUpTo(' ', line);
+  mount.source = TakeUpTo(' ', line);
+  mount.options = TakeUpTo(' ', line);
+  if (mount.options.empty()) return std::nullopt;
   return mount;
 }
 
@@ -43,9 +55,9 @@ std::optional<std::string> UpperFolder(const Mount& mount) {
 }  // namespace
 
 LinuxMounts::LinuxMounts(const std::string& root) : root_(root) {
-  std::ifstream file(root + "/proc/self/mountinfo");
-  for (std::string line; std::getline(file, line);) {
-    if (auto mount = ParseLine(line)) mounts_.push_back(*std::move(mount));
+  const std::string list = ReadValue(root + "/proc/self/mountinfo").value_or("");
+  for (std::string_view rest = list; !rest.empty();) {
+    if (auto mount = ParseLine(TakeUpTo('\n', rest))) mounts_.push_back(*std::move(mount));
   }
 }
 
@@ -64,10 +76,8 @@ bool LinuxMounts::IsVolatile(const std::string& path) const {
   if (mount == nullptr) return false;
   if (const auto upper = UpperFolder(*mount)) {
     // The path is that of whoever mounted the overlay; inside a container it leads nowhere.
-    std::error_code failure;
     const Mount* below = Holding(*upper);
-    return std::filesystem::exists(root_ + *upper, failure) && below != nullptr &&
-           IsKeptInMemory(below->type);
+    return Exists(root_ + *upper) && below != nullptr && IsKeptInMemory(below->type);
   }
   return IsKeptInMemory(mount->type);
 }

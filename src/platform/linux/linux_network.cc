@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 
 #include "platform/linux/value_files.h"
 
@@ -27,12 +26,12 @@ std::optional<std::array<std::uint8_t, 6>> ParseAddress(const std::string& text)
 }
 
 // The place on the PCI bus of a device or, as with virtio, of the device that it is a part of.
-std::optional<PciAddress> FindPciAddress(const std::filesystem::path& device) {
-  for (const auto& folder : {device, device.parent_path()}) {
-    if (LinkedName(folder / "subsystem") != "pci") continue;
+std::optional<PciAddress> FindPciAddress(const std::string& device) {
+  for (const std::string& folder : {device, device.substr(0, device.rfind('/'))}) {
+    if (LinkedName(folder + "/subsystem") != "pci") continue;
     PciAddress address;
     auto& [domain, bus, slot, function] = address;
-    const std::string name = folder.filename();
+    const std::string name = LastName(folder);
     // NOLINTNEXTLINE(cert-err34-c): the kernel writes these names
     if (std::sscanf(name.c_str(), "%x:%x:%x.%x", &domain, &bus, &slot, &function) == 4) {
       return address;
@@ -57,12 +56,11 @@ std::optional<LinuxInterface> ReadInterface(const std::string& parent, const std
   found.index = *index;
   found.up = (*flags & kFlagUp) != 0;
 
-  std::error_code failure;
-  const auto device = std::filesystem::canonical(folder + "/device", failure);
-  if (failure) return found;
+  const auto device = ResolvedPath(folder + "/device");
+  if (!device) return found;
   found.has_device = true;
-  found.adapter.description = LinkedName(device / "driver").value_or("");
-  found.pci_address = FindPciAddress(device);
+  found.adapter.description = LinkedName(*device + "/driver").value_or("");
+  found.pci_address = FindPciAddress(*device);
   return found;
 }
 

@@ -1,4 +1,7 @@
 // Values in small files, as the kernel and the system keep them.
+//
+// What cannot be read is missing, with one exception: all functions throw if the process or the
+// system is out of resources, since the value may well be there then.
 
 #ifndef DEVICEID_PLATFORM_LINUX_VALUE_FILES_H_
 #define DEVICEID_PLATFORM_LINUX_VALUE_FILES_H_
@@ -7,7 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/descriptor.h"
+
 namespace system_info {
+
+// `flags` are added to those of a file that is opened for reading.
+Descriptor OpenToRead(const std::string& path, int flags = 0);
 
 // What the file holds, without one line end at its end. None if it cannot be read or is empty.
 std::optional<std::string> ReadValue(const std::string& path);
@@ -18,8 +26,16 @@ std::optional<long> ReadNumber(const std::string& path);
 // The last name in the target of a symbolic link. None if there is no such link.
 std::optional<std::string> LinkedName(const std::string& path);
 
+// Where a path ends up behind all symbolic links. None if there is nothing.
+std::optional<std::string> ResolvedPath(const std::string& path);
+
+bool Exists(const std::string& path);
+
 // The names in a folder, in no order. Empty if it cannot be read.
 std::vector<std::string> NamesIn(const std::string& folder);
+
+// What follows the last separator.
+std::string LastName(const std::string& path);
 
 // False for an identifier of which nothing is left without its dashes and zeros.
 bool IsRealUuid(const std::string& text);

@@ -1,0 +1,39 @@
+// A descriptor of the kernel that is closed with its scope, and calls that signals do not end.
+
+#ifndef DEVICEID_PLATFORM_LINUX_DESCRIPTOR_H_
+#define DEVICEID_PLATFORM_LINUX_DESCRIPTOR_H_
+
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace system_info {
+
+// A negative number stands for no descriptor.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (valid()) close(number_);
+  }
+
+  bool valid() const { return number_ >= 0; }
+  int get() const { return number_; }
+
+ private:
+  int number_;
+};
+
+// What `call` returns once no signal interrupts it.
+template <typename Call>
+auto RepeatInterrupted(Call call) {
+  auto result = call();
+  while (result < 0 && errno == EINTR) result = call();
+  return result;
+}
+
+}  // namespace system_info
+
+#endif  // DEVICEID_PLATFORM_LINUX_DESCRIPTOR_H_
