@@ -38,8 +38,15 @@ TEST_F(SettingsTest, WhatIsTooLongIsNotStored) {
     EXPECT_EQ(SaveHidSettings(HidSettings({}, {}, kId, record.ids)), count == 256);
     EXPECT_EQ(ReadFileText(file) == "<missing>", count == 257);
   }
-  std::filesystem::create_symlink("/dev/full", file);
+}
+
+TEST_F(SettingsTest, WhatTheDiskDoesNotTakeGoesToTheOtherFolder) {
+  pc.Fail(PlatformCall::kWriteStream, 1);
+  pc.At(PlatformCall::kWriteStream, "", [&] {
+    if (pc.Seen(PlatformCall::kWriteStream).size() > 1) pc.Recover();
+  });
   EXPECT_TRUE(SaveHidSettings(HidSettings({}, {}, kId, Ids(256, std::string(100, 'x')))));
+  EXPECT_EQ(ReadFileText(file), "");
   EXPECT_EQ(ReadFileText(user_file).size(), 82u - 15 + 256 * 104);
 }
 

@@ -105,18 +105,5 @@ TEST_F(LinuxMachineTest, VirtualMachine) {
   EXPECT_THAT(log, HasSubstr("Find PCI MAC-Address: 52:54:00:00:00:03 for ens3"));
 }
 
-TEST_F(LinuxMachineTest, UserFolderIsOneOfTheUser) {
-  const std::string own = root + "/own", foreign = root + "/foreign", home = root + "/.local/share";
-  fs::create_directory(foreign);
-  const bool given_away = chown(foreign.c_str(), 4711, 4711) == 0;  // Only root can.
-  setenv("HOME", root.c_str(), 1);
-  for (const std::string& value : {std::string("."), own, foreign}) {
-    setenv("XDG_DATA_HOME", value.c_str(), 1);
-    const bool is_taken = value == own || (value == foreign && !given_away);
-    EXPECT_EQ(machine.UserRoot(), is_taken ? value : home);
-    EXPECT_TRUE(fs::is_directory(is_taken ? value : home));
-  }
-}
-
 }  // namespace
 }  // namespace system_info

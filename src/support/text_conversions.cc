@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kMaxLength = 4096;
 
-// Some platforms look at the limit only before a character, which may then reach beyond it.
+// The conversion looks at its limit only before a character, which may then reach beyond it.
 constexpr std::size_t kSpare = MB_LEN_MAX;
 
 // A conversion that fills the buffer leaves no terminator in it.
@@ -28,11 +28,19 @@ std::basic_string<Char> UpToZero(const std::array<Char, kSize>& buffer) {
 
 std::string ToNarrow(const std::wstring& source) {
   if (source.size() >= kMaxLength) return {};
-  std::array<char, kMaxLength + kSpare> buffer = {};
-  std::mbstate_t state = {};
-  const wchar_t* rest = source.c_str();
-  (wcsrtombs)(buffer.data(), &rest, kMaxLength, &state);
-  return UpToZero(buffer);
+  std::string text;
+  // A character that reaches beyond the buffer goes as a whole: the limit falls until it is left
+  // out.
+  std::size_t limit = kMaxLength;
+  do {
+    std::array<char, kMaxLength + kSpare> buffer = {};
+    std::mbstate_t state = {};
+    const wchar_t* rest = source.c_str();
+    (wcsrtombs)(buffer.data(), &rest, limit, &state);
+    text = UpToZero(buffer);
+    --limit;
+  } while (text.size() > kMaxLength);
+  return text;
 }
 
 std::wstring ToWide(const std::string& source) {

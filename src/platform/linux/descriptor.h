@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 namespace system_info {
 
@@ -13,14 +14,23 @@ namespace system_info {
 class Descriptor {
  public:
   explicit Descriptor(int number) : number_(number) {}
+  Descriptor(Descriptor&& other) noexcept : number_(other.release()) {}
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+  // Leaves errno as it was: what failed before is still to be told.
   ~Descriptor() {
+    const int error = errno;
     if (valid()) close(number_);
+    errno = error;
   }
 
   bool valid() const { return number_ >= 0; }
   int get() const { return number_; }
+  int release() { return std::exchange(number_, -1); }
 
  private:
   int number_;

@@ -2,21 +2,25 @@
 //
 // The promises of Windows that the library leans on are kept like this:
 //
-//  * Share modes hold between all users of these calls, in this process and in others: a file that
+//  * Share modes hold between all users of CreateFileW, in this process and in others: a file that
 //    is open for reading can be opened for reading only, one that is open for writing not at all.
-//  * A file that anyone has open, a stream included, cannot be deleted. Others than the users of
-//    these calls are found out by asking the kernel for a lease. It gives none to a process that
-//    neither owns the file nor may lease what others own, and none on some network file systems;
-//    there a file that only a stream has open can be deleted. A stream that is being opened while
-//    the file is deleted keeps the deleted file.
-//  * Streams and these calls do not see each other's share modes: a stream opens a file that is
-//  open
-//    for writing here, and a file that a stream writes can be opened for reading here.
-//  * File systems without locks share freely, and some network file systems lock for a delete only
-//    what is open for writing.
+//    They are locks of the open file. An account that may only read the file can keep others from
+//    writing and deleting it, as on Windows, but not from reading it.
+//  * A file that anyone has open, by _sopen included, cannot be deleted. A lease shows whether any
+//    other process has the file open. The kernel grants none to a process that neither owns the
+//    file nor may lease what others own, and network file systems have none: there a file that only
+//    a user of _sopen has open can be deleted. Who opens a file while it is deleted keeps the
+//    deleted file.
+//  * _sopen and CreateFileW do not see each other's share modes.
+//  * File systems without locks share freely.
+//  * What is no regular file, and a link that belongs neither to root nor to this user, cannot be
+//    opened. No open waits for anything.
+//
+// An open, a delete or a look that fails because the process or the system is out of resources
+// throws.
 //
 // Other arguments than those that the library is meant to pass get a failure. Permissions are what
-// the mask of the process leaves.
+// the mask of the process leaves, and never let everybody write.
 
 #ifndef DEVICEID_PLATFORM_LINUX_FILE_API_H_
 #define DEVICEID_PLATFORM_LINUX_FILE_API_H_

@@ -1,28 +1,59 @@
 #include "platform/linux/linux_folders.h"
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <array>
 #include <cstdlib>
 #include <cwchar>
-#include <filesystem>
+#include <string_view>
 #include <vector>
 
+#include "platform/linux/file_api.h"
+#include "platform/linux/out_of_resources.h"
 #include "platform/linux/runtime_api.h"
 
 namespace system_info {
 namespace {
 
-// The folder itself or the nearest one above it that exists.
-bool BelongsToUser(std::filesystem::path folder) {
+// What may be found in these folders is nobody else's business.
+constexpr mode_t kRootMode = 0700;
+
+// The folder that the environment named in this thread's last call of FindUserRoot; empty if it
+// named none. Folders whose paths are longer are of no use to the library.
+thread_local std::array<char, MAX_PATH> named_folder = {};
+
+void RememberNamedFolder(std::string_view folder) {
+  if (folder.size() >= named_folder.size()) folder = {};
+  named_folder[folder.copy(named_folder.data(), folder.size())] = '\0';
+}
+
+bool IsBelow(std::string_view path, std::string_view folder) {
+  return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
+}
+
+std::string Parent(const std::string& path) { return path.substr(0, path.rfind('/')); }
+
+// A handle of a folder that belongs to this user; else an invalid one, and errno says why.
+Descriptor OpenOwnFolder(const std::string& path) {
+  Descriptor folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   struct stat status = {};
-  while (stat(folder.c_str(), &status) != 0) {
-    if (errno != ENOENT || !folder.has_relative_path()) return false;
-    folder = folder.parent_path();
+  if (!folder.valid() || fstat(folder.get(), &status) != 0) return Descriptor(-1);
+  if (status.st_uid == geteuid()) return folder;
+  errno = EACCES;
+  return Descriptor(-1);
+}
+
+// The folder itself or the nearest one above it that exists.
+bool BelongsToUser(std::string folder) {
+  while (!OpenOwnFolder(folder + "/").valid()) {
+    ThrowIfOutOfResources(errno, folder.c_str());
+    if (errno != ENOENT || folder.empty()) return false;
+    folder = Parent(folder);
   }
-  return S_ISDIR(status.st_mode) && status.st_uid == geteuid();
+  return true;
 }
 
 // The library widens some paths on their way to a file call. A path that the locale of the process
@@ -37,51 +68,68 @@ bool SurvivesWidening(const std::string& path) {
 // Without separators at its end. None if the library cannot use it.
 std::optional<std::string> UsableFolder(std::string path) {
   while (path.ends_with('/')) path.pop_back();
-  for (const auto& part : std::filesystem::path(path)) {
-    if (part == "..") return std::nullopt;
+  if ((path + '/').find("/../") != std::string::npos || !SurvivesWidening(path)) {
+    return std::nullopt;
   }
-  if (!SurvivesWidening(path)) return std::nullopt;
   return path;
 }
 
-// An environment that somebody else prepared must not choose where the state lives.
 std::optional<std::string> FolderFromEnvironment(const char* name) {
   const char* value = secure_getenv(name);
-  if (value == nullptr || *value != '/' || !BelongsToUser(value)) return std::nullopt;
-  return UsableFolder(value);
+  if (value == nullptr || *value != '/') return std::nullopt;
+  std::optional<std::string> folder = UsableFolder(value);
+  if (!folder || !BelongsToUser(*folder)) return std::nullopt;
+  RememberNamedFolder(*folder);
+  return folder;
 }
 
 std::optional<std::string> HomeFromPasswordDatabase() {
   std::vector<char> buffer(1024);
   passwd entry = {};
   passwd* found = nullptr;
-  while (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE) {
-    buffer.resize(buffer.size() * 2);
-  }
+  int error = 0;
+  do {
+    error = getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found);
+    if (error == ERANGE) buffer.resize(buffer.size() * 2);
+  } while (error == ERANGE || error == EINTR);
+  ThrowIfOutOfResources(error, "the password database");
   if (found == nullptr || *entry.pw_dir != '/') return std::nullopt;
   return UsableFolder(entry.pw_dir);
 }
 
 }  // namespace
 
-std::optional<std::string> FindCommonRoot(const std::string& root) {
-  const std::string folder = root + "/var/lib";
-  std::error_code failure;
-  std::filesystem::create_directories(folder, failure);
-  return folder;
-}
+std::optional<std::string> FindCommonRoot(const std::string& root) { return root + "/var/lib"; }
 
 std::optional<std::string> FindUserRoot() {
-  std::optional<std::string> folder = FolderFromEnvironment("XDG_DATA_HOME");
-  if (!folder) {
-    folder = FolderFromEnvironment("HOME");
-    if (!folder) folder = HomeFromPasswordDatabase();
-    if (!folder) return std::nullopt;
-    *folder += "/.local/share";
+  RememberNamedFolder("");
+  if (auto folder = FolderFromEnvironment("XDG_DATA_HOME")) return folder;
+  auto home = FolderFromEnvironment("HOME");
+  if (!home) home = HomeFromPasswordDatabase();
+  if (!home) return std::nullopt;
+  return *home + "/.local/share";
+}
+
+Location::Location(const std::string& path) : handle_(-1), name_(path), valid_(true) {
+  const std::string folder = named_folder.data();
+  if (folder.empty() || !IsBelow(path, folder)) return;
+  handle_ = OpenOwnFolder(folder);
+  name_ = path.substr(folder.size() + 1);
+  valid_ = handle_.valid();
+}
+
+int Location::folder() const { return handle_.valid() ? handle_.get() : AT_FDCWD; }
+
+bool MakeRoot(const std::string& folder) {
+  struct stat status = {};
+  const Location location(folder);
+  if (location.valid() && fstatat(location.folder(), location.name(), &status, 0) == 0) {
+    return S_ISDIR(status.st_mode);
   }
-  std::error_code failure;
-  std::filesystem::create_directories(*folder, failure);
-  return folder;
+  if (errno != ENOENT || folder.empty() || !MakeRoot(Parent(folder))) return false;
+  const Descriptor parent = OpenOwnFolder(Parent(folder) + "/");
+  const std::string name = folder.substr(folder.rfind('/') + 1);
+  return parent.valid() && (mkdirat(parent.get(), name.c_str(), kRootMode) == 0 || errno == EEXIST);
 }
 
 }  // namespace system_info

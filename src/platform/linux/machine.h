@@ -55,6 +55,7 @@ enum class PlatformCall {
   kCreateFile,           // error code; about the path
   kReadFile,             // error code; about the path
   kWriteFile,            // error code; about the path
+  kWriteStream,          // any
   kWriteFileShort,       // the number of bytes that are written all the same; about the path
   kDeleteFile,           // error code; about the path
   kCreateDirectory,      // error code; about the path

@@ -3,7 +3,9 @@
 #include <langinfo.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <string>
 #include <string_view>
 
@@ -46,6 +48,25 @@ std::size_t ConvertOneToOne(To* destination, const From** source, std::size_t si
   return size;
 }
 
+// Looks at the limit before each character only, as the runtime library of Windows does.
+std::size_t ConvertByCharacter(char* destination, const wchar_t** source, std::size_t size,
+                               std::mbstate_t* state) {
+  std::size_t count = 0;
+  while (count < size) {
+    std::array<char, MB_LEN_MAX> bytes = {};
+    const std::size_t length = std::wcrtomb(bytes.data(), **source, state);
+    if (length == kFailed) return kFailed;
+    std::copy_n(bytes.begin(), length, destination + count);
+    if (**source == L'\0') {
+      *source = nullptr;
+      return count + length - 1;
+    }
+    count += length;
+    ++*source;
+  }
+  return count;
+}
+
 }  // namespace
 
 void GetSystemTimeAsFileTime(FILETIME* time) {
@@ -85,7 +106,7 @@ namespace system_info {
 
 std::size_t wcsrtombs(char* destination, const wchar_t** source, std::size_t size,
                       std::mbstate_t* state) {
-  if (!InDefaultLocale()) return ::wcsrtombs(destination, source, size, state);
+  if (!InDefaultLocale()) return ConvertByCharacter(destination, source, size, state);
   return ConvertOneToOne(destination, source, size, [](wchar_t element) {
     return static_cast<std::uint32_t>(element) <= 0xff;
   });

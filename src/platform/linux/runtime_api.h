@@ -37,7 +37,8 @@ UINT GetWindowsDirectoryW(wchar_t* buffer, UINT size);
 namespace system_info {
 
 // The conversions of the runtime library of Windows. In the default locale they map one to one up
-// to 255, which the C library here does not; in any other locale they are those of the C library.
+// to 255, which the C library here does not; in any other locale they are those of the C library,
+// but for the limit of the first, beyond which its last character may reach.
 std::size_t wcsrtombs(char* destination, const wchar_t** source, std::size_t size,
                       std::mbstate_t* state);
 std::size_t mbsrtowcs(wchar_t* destination, const char** source, std::size_t size,
