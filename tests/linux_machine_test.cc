@@ -63,7 +63,8 @@ TEST_F(LinuxMachineTest, Desktop) {
   EXPECT_THAT(log, HasSubstr("List:\n\nbr: 00:00:00:00:00:05: \nusb: 00:00:00:00:00:06: \n"
                              "eth1: 00:00:00:00:00:09: \neth0: 00:00:00:00:00:0a: \n\n"));
   EXPECT_THAT(log, HasSubstr("PCI Network Adapters List:\n\neth0: eth0\neth1: eth1\n\n"));
-  EXPECT_EQ(machine.QueryWmi(L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE"),
+  EXPECT_EQ(machine.LookAtHardware()->QueryWmi(
+                L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE"),
             (std::vector<WmiRow>{{{L"MACAddress", L"00:00:00:00:00:09"}}}));
 }
 

@@ -39,6 +39,21 @@ Collection Collect(Collection (OSManager::*collect)(const HidFormatVersion&),
   return collection;
 }
 
+class LiveHardware final : public Hardware {
+ public:
+  explicit LiveHardware(const ScriptedMachine& machine) : machine_(machine) {}
+
+  std::vector<WmiRow> QueryWmi(const std::wstring& class_text) override {
+    const auto rows = machine_.wmi.find(class_text);
+    return rows == machine_.wmi.end() ? std::vector<WmiRow>() : rows->second;
+  }
+  std::vector<NetworkAdapter> NetworkAdapters() override { return machine_.adapters; }
+  std::vector<PciNetworkDevice> PciNetworkDevices() override { return machine_.pci_devices; }
+
+ private:
+  const ScriptedMachine& machine_;
+};
+
 }  // namespace
 
 ScriptedMachine::ScriptedMachine() : ticks(1'700'000'000LL * 10'000'000) {
@@ -98,9 +113,8 @@ std::vector<std::string> ScriptedMachine::Seen(PlatformCall call) const {
   return subjects;
 }
 
-std::vector<WmiRow> ScriptedMachine::QueryWmi(const std::wstring& class_text) {
-  const auto rows = wmi.find(class_text);
-  return rows == wmi.end() ? std::vector<WmiRow>() : rows->second;
+std::unique_ptr<Hardware> ScriptedMachine::LookAtHardware() {
+  return std::make_unique<LiveHardware>(*this);
 }
 
 std::optional<std::uint32_t> ScriptedMachine::FailureOf(PlatformCall call,

@@ -63,9 +63,8 @@ class ScriptedMachine : public Machine {
   // The calls that the library made, each as its subject, in order.
   std::vector<std::string> Seen(PlatformCall call) const;
 
-  std::vector<WmiRow> QueryWmi(const std::wstring& class_text) override;
-  std::vector<NetworkAdapter> NetworkAdapters() override { return adapters; }
-  std::vector<PciNetworkDevice> PciNetworkDevices() override { return pci_devices; }
+  // Answers with what the members say when it is asked.
+  std::unique_ptr<Hardware> LookAtHardware() override;
   std::wstring WindowsFolder() override { return windows_folder; }
   std::optional<std::string> CommonRoot() override { return common_root; }
   std::optional<std::string> UserRoot() override { return user_root; }

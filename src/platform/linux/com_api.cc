@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,6 +11,8 @@
 #include "platform/linux/layer_state.h"
 
 using system_info::Counted;
+using system_info::Hardware;
+using system_info::HardwareOfThread;
 using system_info::Live;
 using system_info::PlatformCall;
 using system_info::PresentMachine;
@@ -23,6 +26,14 @@ namespace {
 
 enum class Apartment { kNone, kMultithreaded, kSingleThreaded };
 
+// A look at the hardware that was taken as this thread entered COM.
+struct Look {
+  std::unique_ptr<Hardware> hardware;
+  Look* of_outer_entry;
+};
+
+// All without constructor and destructor: what a thread needs must be there before memory runs out.
+thread_local Look* latest_look = nullptr;
 thread_local Apartment apartment = Apartment::kNone;
 thread_local int apartment_entries = 0;
 thread_local int objects_of_thread = 0;
@@ -115,7 +126,7 @@ class Rows final : public Object<IEnumWbemClassObject> {
   Rows(std::wstring property, std::wstring class_text)
       : property_(std::move(property)),
         class_text_(std::move(class_text)),
-        rows_(PresentMachine().QueryWmi(class_text_)) {}
+        rows_(HardwareOfThread()->QueryWmi(class_text_)) {}
 
   HRESULT Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override {
     if (timeout != WBEM_INFINITE || count != 1) return WBEM_E_INVALID_PARAMETER;
@@ -236,11 +247,16 @@ HRESULT CoInitializeEx(void* reserved, DWORD model) {
   if (reserved != nullptr || model != COINIT_MULTITHREADED) return E_INVALIDARG;
   if (const auto code = ScriptedCode(PlatformCall::kCoInitializeEx)) return *code;
   if (apartment == Apartment::kSingleThreaded) return RPC_E_CHANGED_MODE;
+  latest_look = new Look{PresentMachine().LookAtHardware(), latest_look};
   EnterApartment(Apartment::kMultithreaded);
   return apartment_entries == 1 ? S_OK : S_FALSE;
 }
 
-void CoUninitialize() { LeaveApartment(); }
+void CoUninitialize() {
+  const std::unique_ptr<Look> ended(latest_look);
+  latest_look = ended->of_outer_entry;
+  LeaveApartment();
+}
 
 HRESULT CoCreateInstance(const GUID& class_id, IUnknown* outer, DWORD context,
                          const GUID& interface_id, void** instance) {
@@ -271,6 +287,10 @@ HRESULT CoSetProxyBlanket(IUnknown* proxy, DWORD authentication, DWORD authoriza
 }
 
 namespace system_info {
+
+Hardware* HardwareOfThread() {
+  return latest_look == nullptr ? nullptr : latest_look->hardware.get();
+}
 
 void EnterSingleThreadedApartment() { EnterApartment(Apartment::kSingleThreaded); }
 

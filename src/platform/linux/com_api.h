@@ -54,6 +54,9 @@ inline constexpr HRESULT REGDB_E_CLASSNOTREG = MakeHresult(0x80040154);
 
 // Enters COM on this thread: S_OK the first time, S_FALSE for a further entry, RPC_E_CHANGED_MODE
 // if the thread is in an apartment of the other kind. Each entry wants its CoUninitialize.
+//
+// Looks at the hardware: all answers until the CoUninitialize come from this one look. Throws what
+// keeps it from looking, since a caller that went on would take all values for missing.
 HRESULT CoInitializeEx(void* reserved, DWORD model);
 void CoUninitialize();
 

@@ -23,6 +23,9 @@ struct LiveCounters {
 };
 LiveCounters& Live();
 
+// What this thread found as it entered COM. Null outside COM.
+Hardware* HardwareOfThread();
+
 // The failure that the machine wants for `call`, if any.
 std::optional<std::uint32_t> ScriptedFailure(PlatformCall call, std::string_view subject = {});
 

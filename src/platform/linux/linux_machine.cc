@@ -13,6 +13,7 @@ namespace system_info {
 namespace {
 
 constexpr const char* kDmi = "/sys/class/dmi/id";
+constexpr std::string_view kDigits = "0123456789abcdef";
 
 // Byte by byte, so that a value is the same whatever the locale of the process is.
 WmiValue ToValue(const std::optional<std::string>& text) {
@@ -56,12 +57,21 @@ std::optional<std::string> SystemSerial(const std::string& root, const LinuxMoun
 }
 
 std::string FormatUuid(const std::array<std::uint8_t, 16>& bytes) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
   std::string text;
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
     text += kDigits[bytes[i] >> 4];
     text += kDigits[bytes[i] & 15];
+  }
+  return text;
+}
+
+std::string FormatAddress(const std::array<std::uint8_t, 6>& address) {
+  std::string text;
+  for (const std::uint8_t byte : address) {
+    if (!text.empty()) text += ':';
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
   }
   return text;
 }
@@ -95,70 +105,75 @@ std::optional<std::string> VolumeUuid(const std::string& root, const LinuxMounts
 
 // One row with the address of the first of `interfaces` that `suits`, or no row.
 template <typename Suits>
-std::vector<WmiRow> FirstAddress(const std::string& root, Suits suits) {
-  for (const LinuxInterface& found : ListInterfaces(root)) {
-    if (!suits(found)) continue;
-    const std::string folder = root + "/sys/class/net/" + found.adapter.name;
-    return {{{L"MACAddress", ToValue(ReadValue(folder + "/address"))}}};
-  }
-  return {};
+std::vector<WmiRow> FirstAddress(const std::vector<LinuxInterface>& interfaces, Suits suits) {
+  const auto found = std::find_if(interfaces.begin(), interfaces.end(), suits);
+  if (found == interfaces.end()) return {};
+  return {{{L"MACAddress", ToValue(FormatAddress(found->adapter.address))}}};
 }
+
+class LinuxHardware final : public Hardware {
+ public:
+  LinuxHardware(const std::string& root, const KernelAnswers& kernel)
+      : interfaces_(ListInterfaces(root)) {
+    const LinuxMounts mounts(root);
+    const std::set<std::string> with_address = kernel.interfaces_with_address();
+    rows_ = {
+        {L"Win32_ComputerSystemProduct",
+         {{{L"UUID", ToValue(SystemUuid(root))},
+           {L"IdentifyingNumber", ToValue(ReadValue(root + kDmi + "/product_serial"))}}}},
+        {L"Win32_BaseBoard",
+         {{{L"SerialNumber", ToValue(ReadValue(root + kDmi + "/board_serial"))}}}},
+        {L"Win32_OperatingSystem", {{{L"SerialNumber", ToValue(SystemSerial(root, mounts))}}}},
+        {L"win32_logicaldisk WHERE deviceid=\"C:\"",
+         {{{L"VolumeSerialNumber", ToValue(VolumeUuid(root, mounts, kernel))}}}},
+        {L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE",
+         FirstAddress(interfaces_,
+                      [&](const auto& candidate) {
+                        return candidate.up && with_address.contains(candidate.adapter.name);
+                      })},
+        {L"Win32_NetworkAdapter WHERE Manufacturer != 'Microsoft' AND NOT PNPDeviceID LIKE "
+         L"'ROOT%\\\\'",
+         FirstAddress(interfaces_, [](const auto& candidate) { return candidate.has_device; })}};
+  }
+
+  std::vector<WmiRow> QueryWmi(const std::wstring& class_text) override {
+    const auto rows = rows_.find(class_text);
+    return rows == rows_.end() ? std::vector<WmiRow>() : rows->second;
+  }
+
+  std::vector<NetworkAdapter> NetworkAdapters() override {
+    std::vector<NetworkAdapter> adapters;
+    for (const LinuxInterface& found : interfaces_) adapters.push_back(found.adapter);
+    return adapters;
+  }
+
+  // By their places on the bus.
+  std::vector<PciNetworkDevice> PciNetworkDevices() override {
+    std::multimap<PciAddress, PciNetworkDevice> devices;
+    for (const LinuxInterface& found : interfaces_) {
+      if (!found.pci_address) continue;
+      PciNetworkDevice device;
+      device.instance_id = found.adapter.name;
+      if (!found.adapter.description.empty()) device.description = found.adapter.description;
+      devices.emplace(*found.pci_address, device);
+    }
+    std::vector<PciNetworkDevice> sorted;
+    for (const auto& [address, device] : devices) sorted.push_back(device);
+    return sorted;
+  }
+
+ private:
+  std::vector<LinuxInterface> interfaces_;
+  std::map<std::wstring, std::vector<WmiRow>> rows_;
+};
 
 }  // namespace
 
 LinuxMachine::LinuxMachine(const std::string& root, KernelAnswers kernel)
     : root_(root == "/" ? "" : root), kernel_(std::move(kernel)) {}
 
-std::vector<WmiRow> LinuxMachine::QueryWmi(const std::wstring& class_text) {
-  if (class_text == L"Win32_ComputerSystemProduct") {
-    return {{{L"UUID", ToValue(SystemUuid(root_))},
-             {L"IdentifyingNumber", ToValue(ReadValue(root_ + kDmi + "/product_serial"))}}};
-  }
-  if (class_text == L"Win32_BaseBoard") {
-    return {{{L"SerialNumber", ToValue(ReadValue(root_ + kDmi + "/board_serial"))}}};
-  }
-  if (class_text == L"Win32_OperatingSystem") {
-    return {{{L"SerialNumber", ToValue(SystemSerial(root_, LinuxMounts(root_)))}}};
-  }
-  if (class_text == L"win32_logicaldisk WHERE deviceid=\"C:\"") {
-    return {{{L"VolumeSerialNumber", ToValue(VolumeUuid(root_, LinuxMounts(root_), kernel_))}}};
-  }
-  if (class_text == L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE") {
-    const std::set<std::string> with_address = kernel_.interfaces_with_address();
-    return FirstAddress(root_, [&](const LinuxInterface& candidate) {
-      return candidate.up && with_address.contains(candidate.adapter.name);
-    });
-  }
-  if (class_text ==
-      L"Win32_NetworkAdapter WHERE Manufacturer != 'Microsoft' AND NOT PNPDeviceID LIKE "
-      L"'ROOT%\\\\'") {
-    return FirstAddress(root_,
-                        [](const LinuxInterface& candidate) { return candidate.has_device; });
-  }
-  return {};
-}
-
-std::vector<NetworkAdapter> LinuxMachine::NetworkAdapters() {
-  std::vector<NetworkAdapter> adapters;
-  for (LinuxInterface& found : ListInterfaces(root_)) adapters.push_back(std::move(found.adapter));
-  return adapters;
-}
-
-std::vector<PciNetworkDevice> LinuxMachine::PciNetworkDevices() {
-  std::vector<LinuxInterface> interfaces = ListInterfaces(root_);
-  std::erase_if(interfaces, [](const auto& found) { return !found.pci_address; });
-  std::stable_sort(interfaces.begin(), interfaces.end(), [](const auto& left, const auto& right) {
-    return left.pci_address < right.pci_address;
-  });
-
-  std::vector<PciNetworkDevice> devices;
-  for (const LinuxInterface& found : interfaces) {
-    PciNetworkDevice device;
-    device.instance_id = found.adapter.name;
-    if (!found.adapter.description.empty()) device.description = found.adapter.description;
-    devices.push_back(device);
-  }
-  return devices;
+std::unique_ptr<Hardware> LinuxMachine::LookAtHardware() {
+  return std::make_unique<LinuxHardware>(root_, kernel_);
 }
 
 std::wstring LinuxMachine::WindowsFolder() { return L"C:\\Windows"; }

@@ -33,9 +33,8 @@ class LinuxMachine final : public Machine {
   // `root` is "/" for the computer itself.
   explicit LinuxMachine(const std::string& root, KernelAnswers kernel = AskKernel());
 
-  std::vector<WmiRow> QueryWmi(const std::wstring& class_text) override;
-  std::vector<NetworkAdapter> NetworkAdapters() override;
-  std::vector<PciNetworkDevice> PciNetworkDevices() override;
+  // Reads everything at once, so that all values are of the same moment.
+  std::unique_ptr<Hardware> LookAtHardware() override;
   std::wstring WindowsFolder() override;
   // Both are made if they are not there.
   std::optional<std::string> CommonRoot() override;

@@ -3,6 +3,7 @@
 // The layer turns the answers of one Machine into the calls, codes and objects of the platform
 // door. Files are real files in either case; a machine only names the folders above them. A machine
 // is asked from every thread that calls into the library, so its answers must not depend on one.
+// What one look at its hardware found belongs to the thread that looked.
 
 #ifndef DEVICEID_PLATFORM_LINUX_MACHINE_H_
 #define DEVICEID_PLATFORM_LINUX_MACHINE_H_
@@ -10,6 +11,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -62,12 +64,13 @@ enum class PlatformCall {
   kLocalTime,            // error code
 };
 
-class Machine {
+// What one look at the hardware found.
+class Hardware {
  public:
-  Machine() = default;
-  Machine(const Machine&) = delete;
-  Machine& operator=(const Machine&) = delete;
-  virtual ~Machine() = default;
+  Hardware() = default;
+  Hardware(const Hardware&) = delete;
+  Hardware& operator=(const Hardware&) = delete;
+  virtual ~Hardware() = default;
 
   // The rows that "SELECT property FROM class_text" finds, each with all properties of its class.
   virtual std::vector<WmiRow> QueryWmi(const std::wstring& class_text) = 0;
@@ -75,6 +78,17 @@ class Machine {
   // In the order in which the system lists them.
   virtual std::vector<NetworkAdapter> NetworkAdapters() = 0;
   virtual std::vector<PciNetworkDevice> PciNetworkDevices() = 0;
+};
+
+class Machine {
+ public:
+  Machine() = default;
+  Machine(const Machine&) = delete;
+  Machine& operator=(const Machine&) = delete;
+  virtual ~Machine() = default;
+
+  // Throws if the hardware cannot be looked at now, for lack of descriptors or memory.
+  virtual std::unique_ptr<Hardware> LookAtHardware() = 0;
 
   // The folder whose first character names the system drive.
   virtual std::wstring WindowsFolder() = 0;

@@ -8,11 +8,11 @@
 #include "platform/linux/layer_state.h"
 
 using system_info::Counted;
+using system_info::HardwareOfThread;
 using system_info::Live;
 using system_info::NetworkAdapter;
 using system_info::PciNetworkDevice;
 using system_info::PlatformCall;
-using system_info::PresentMachine;
 using system_info::ScriptedFailure;
 using system_info::UnlessOutOfMemory;
 
@@ -66,11 +66,12 @@ bool WriteText(const std::string& text, BYTE* buffer, DWORD size) {
 }
 
 DWORD ListAdapters(IP_ADAPTER_INFO* buffer, ULONG* size) {
-  if (buffer == nullptr || (*size != sizeof(IP_ADAPTER_INFO) && *size != size_asked_for)) {
+  if (HardwareOfThread() == nullptr || buffer == nullptr ||
+      (*size != sizeof(IP_ADAPTER_INFO) && *size != size_asked_for)) {
     return ERROR_INVALID_PARAMETER;
   }
   if (const auto code = ScriptedFailure(PlatformCall::kGetAdaptersInfo)) return *code;
-  const std::vector<NetworkAdapter> adapters = PresentMachine().NetworkAdapters();
+  const std::vector<NetworkAdapter> adapters = HardwareOfThread()->NetworkAdapters();
   if (adapters.empty()) return ERROR_NO_DATA;
   const auto needed = static_cast<ULONG>(adapters.size() * sizeof(IP_ADAPTER_INFO));
   if (needed > *size) {
@@ -93,12 +94,13 @@ DWORD GetAdaptersInfo(IP_ADAPTER_INFO* buffer, ULONG* size) {
 
 HDEVINFO SetupDiGetClassDevsA(const GUID* device_class, const char* enumerator, void* parent,
                               DWORD flags) {
-  if (*device_class != kNetworkClass || std::strcmp(enumerator, "PCI") != 0 || parent != nullptr ||
-      flags != DIGCF_PRESENT || ScriptedFailure(PlatformCall::kSetupDiGetClassDevs)) {
+  if (HardwareOfThread() == nullptr || *device_class != kNetworkClass ||
+      std::strcmp(enumerator, "PCI") != 0 || parent != nullptr || flags != DIGCF_PRESENT ||
+      ScriptedFailure(PlatformCall::kSetupDiGetClassDevs)) {
     return INVALID_HANDLE_VALUE;
   }
   return UnlessOutOfMemory(INVALID_HANDLE_VALUE, []() -> HDEVINFO {
-    return new DeviceSet{PresentMachine().PciNetworkDevices()};
+    return new DeviceSet{HardwareOfThread()->PciNetworkDevices()};
   });
 }
 
