@@ -28,7 +28,7 @@ readonly build_packages=(
 
 # The DLL and the environment that it runs in here.
 readonly windows_packages=(
-    g++-mingw-w64-i686 binutils-mingw-w64-i686 llvm debootstrap iproute2 util-linux
+    g++-mingw-w64-i686 binutils-mingw-w64-i686 llvm mmdebstrap iproute2 util-linux
 )
 
 # What the tests need beside those.

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Runs 32-bit Windows programs in Wine, in a small Debian that fills a folder of its own:
-# $DEVICEID_WINE_ROOT, or build/wine32 of this repository.
+# Runs 32-bit and 64-bit Windows programs in Wine, in a small Debian that fills a folder of its own:
+# $DEVICEID_WINE_ROOT, or build/wine of this repository.
 #
 #   wine_root.sh why-not   is silent, or tells in one line why it cannot work here and fails with 77,
 #                          or with 1 if $DEVICEID_REQUIRE_WINDOWS is 1
@@ -21,7 +21,7 @@
 set -euo pipefail
 
 self=$(realpath "$0")
-root=$(realpath -m "${DEVICEID_WINE_ROOT:-$(dirname "$self")/../../build/wine32}")
+root=$(realpath -m "${DEVICEID_WINE_ROOT:-$(dirname "$self")/../../build/wine}")
 pc=/run/pc
 net=()
 
@@ -33,10 +33,10 @@ isolated() { exec unshare --mount --pid --fork --kill-child "${net[@]}" "$self" 
 
 why_not() {
     [[ $(id -u) == 0 ]] || fail "only root can run Windows programs"
-    [[ $(uname -m) == @(x86_64|i?86) ]] || fail "a $(uname -m) machine runs no 32-bit x86 programs"
+    [[ $(uname -m) == x86_64 ]] || fail "a $(uname -m) machine runs no 64-bit x86 programs"
     local keys=/usr/share/keyrings/debian-archive-keyring.gpg
-    [[ -e $root/.ready || -x /usr/sbin/debootstrap && -e $keys ]] ||
-        fail "the package debootstrap or debian-archive-keyring is missing"
+    [[ -e $root/.ready || -x /usr/bin/mmdebstrap && -e $keys ]] ||
+        fail "the package mmdebstrap or debian-archive-keyring is missing"
     (isolated make_pc "$(dirname "$self")") > /dev/null 2>&1 ||
         fail "private mounts are not permitted here (unshare, tmpfs, overlay)"
 }
@@ -49,27 +49,26 @@ setup() {
     exec 9> "$root.lock"
     flock 9
     [[ ! -e $root/.ready ]] || return 0
-    echo "Making $root, once: it takes a minute or two and 1.4 GB" >&2
+    echo "Making $root, once: it takes a minute or two and 3 GB, of which 1.7 GB stay" >&2
     (isolated make_root) > "$root.log" 2>&1 || fail "cannot make $root, see $root.log"
 }
 
 make_root() {
-    rm -rf --one-file-system "$root"
-    mkdir "$root"
-    # debootstrap cannot work in a folder with a blank in its path.
-    pc=/mnt
-    mount --bind "$root" "$pc"
-    # What serves apt serves debootstrap: its proxies, and its mirror if this is a Debian.
+    pc=$root
+    rm -rf --one-file-system "$pc"
+    mkdir "$pc"
+    # What serves apt serves mmdebstrap: its proxies, and its mirror if this is a Debian.
     eval "$(apt-config shell http_proxy Acquire::http::Proxy https_proxy Acquire::https::Proxy)"
     export http_proxy https_proxy
     # shellcheck disable=SC1091,SC2016
     mapfile -t mirror < <(source /etc/os-release
         apt-get indextargets --format 'debian $(RELEASE) $(COMPONENT) $(REPO_URI)' |
             sed -n "s/^$ID ${VERSION_CODENAME:-sid} main //p" | head -n 1)
-    # Wine comes with the base system, so that nothing inside the folder needs a network.
-    debootstrap --arch=i386 --variant=minbase --include=wine,wine32 bookworm "$pc" "${mirror[@]}"
-    rm -rf "$pc"/var/{cache/apt,lib/apt/lists}
+    mmdebstrap --variant=essential --architectures=amd64,i386 --include=wine,wine32,wine64 \
+        --dpkgopt=force-unsafe-io bookworm "$pc" "${mirror[@]:-http://deb.debian.org/debian}"
     enter_pc / sh -c "wineboot -i && wineserver -w"
+    # Half of the folder would be the copies that Wine made of its own DLLs.
+    hardlink --quiet --content "$pc/usr/lib" "$pc/wine"
     touch "$pc/.ready"
 }
 
@@ -86,7 +85,7 @@ enter_pc() {
     mount -t proc proc "$pc/proc"
     mount --bind /dev "$pc/dev"
     chroot "$pc" env -i --chdir="$1" PATH=/usr/bin:/bin HOME=/root USER=root WINEPREFIX=/wine \
-        WINEARCH=win32 WINEDEBUG=-all WINEDLLOVERRIDES=winedbg.exe=d "${@:2}"
+        WINEDEBUG=-all WINEDLLOVERRIDES=winedbg.exe=d "${@:2}"
 }
 
 run() {
