@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Plays stories about PCs, with the native build and, in Wine, with the real DLL.
+"""Plays stories about PCs, with the native build and, in Wine, with a real DLL.
 
   play.py NATIVE_PLAYER [WINDOWS_PLAYER]
 

@@ -53,16 +53,17 @@ std::string CountResources() {
     void* object;
     ULONG access;
   };
-  static std::vector<ULONG> table(1 << 18);
+  static struct {
+    ULONG count;
+    Handle handles[1 << 15];
+  } table;
   static std::vector<DWORD> slots(2000);
   slots.clear();
   const auto query = Find<decltype(&NtQuerySystemInformation)>("ntdll", "NtQuerySystemInformation");
-  query(static_cast<SYSTEM_INFORMATION_CLASS>(16), table.data(),
-        static_cast<ULONG>(table.size() * sizeof(ULONG)), nullptr);
-  const auto* const first = reinterpret_cast<const Handle*>(table.data() + 1);
-  const auto handles = std::count_if(first, first + table[0], [](const Handle& handle) {
-    return handle.process == (GetCurrentProcessId() & 0xffff);
-  });
+  query(static_cast<SYSTEM_INFORMATION_CLASS>(16), &table, sizeof(table), nullptr);
+  const auto handles = std::count_if(
+      table.handles, table.handles + table.count,
+      [](const Handle& handle) { return handle.process == (GetCurrentProcessId() & 0xffff); });
   int threads = 0;
   THREADENTRY32 thread = {};
   thread.dwSize = sizeof(thread);
@@ -190,8 +191,13 @@ std::string RunProcesses(int processes, int threads, const std::vector<std::stri
 
 std::string PlayOther(const std::vector<std::string>& step) {
   if (step[0] == "cycle") return Cycle(std::stoi(step[1]));
-  // "beside DLL": the library is loaded anew into a process that has loaded that one.
-  if (step[0] == "beside") return Unload(), LoadLibraryA(step[1].c_str()) ? "loaded" : "not there";
+  // "beside DLL": the library is loaded anew into a process that has loaded that one, whose name
+  // ends otherwise in 64 bits.
+  if (step[0] == "beside") {
+    Unload();
+    const std::string name = step[1] + (sizeof(void*) == 4 ? "_dw2-1.dll" : "_seh-1.dll");
+    return LoadLibraryA(name.c_str()) != nullptr ? "loaded" : "not there";
+  }
   if (step[0] != "threads") return "no such step";
   task_of_threads.assign(step.begin() + 2, step.end());
   std::vector<HANDLE> threads(std::stoul(step[1]));
