@@ -1,8 +1,8 @@
 /*
  * load LIBRARY EMPTY_LIBRARY: how long loading and unloading LIBRARY takes over EMPTY_LIBRARY.
  *
- * On Linux each first load happens in a process of its own. Both libraries are loaded in turns, so that
- * what else the machine does falls on both.
+ * On Linux each first load happens in a process of its own. Both libraries are loaded in turns, so
+ * that what else the machine does falls on both.
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -76,7 +76,8 @@ static void Print(const char* what, double (*measure)(const char*), char** paths
   for (which = 0; which < 2; ++which) qsort(times[which], kRounds, sizeof(double), Compare);
   printf("%-16s %8.1f us  over empty %8.1f us  ratio %.2f (quartiles %.2f to %.2f)\n", what,
          times[0][kRounds / 2] * 1e6, times[1][kRounds / 2] * 1e6,
-         times[0][kRounds / 2] / times[1][kRounds / 2], times[0][kRounds / 4] / times[1][kRounds / 4],
+         times[0][kRounds / 2] / times[1][kRounds / 2],
+         times[0][kRounds / 4] / times[1][kRounds / 4],
          times[0][3 * kRounds / 4] / times[1][3 * kRounds / 4]);
 }
 

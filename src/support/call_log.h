@@ -32,6 +32,9 @@ class HIDLog {
   // The same for wide text, as far as ToNarrow can convert it.
   void WriteWide(const std::wstring& message, LogLevel level);
 
+  // All lines so far.
+  const std::string& text() const { return text_; }
+
   // Copies the text into `buffer` of `size` bytes, terminator included, cut if it does not fit.
   // Nothing is written if `buffer` is null or `size` is 0.
   void CopyTo(char* buffer, std::uint32_t size) const;

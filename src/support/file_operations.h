@@ -52,7 +52,7 @@ class InputFile {
   InputFile& operator=(const InputFile&) = delete;
   ~InputFile();
 
-  bool is_open() const { return descriptor_ >= 0; }
+  bool is_open() const { return file_ >= 0; }
 
   // Reads the next `size` bytes into `bytes`, or fewer if the file ends before or cannot be read.
   // Returns their number.
@@ -66,7 +66,7 @@ class InputFile {
  private:
   void Fill();
 
-  int descriptor_;
+  int file_;
   bool failed_ = false;
   std::array<char, 4096> buffer_;
   std::size_t begin_ = 0;  // What is read of the buffer, and how far it is filled.
@@ -82,13 +82,13 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
-  bool is_open() const { return descriptor_ >= 0; }
+  bool is_open() const { return file_ >= 0; }
 
   // True if the system took all of `bytes`.
   bool Write(std::string_view bytes);
 
  private:
-  int descriptor_;
+  int file_;
 };
 
 }  // namespace system_info
