@@ -1,4 +1,4 @@
-#include "log_entries.h"
+#include "inspection/log_entries.h"
 
 #include <gtest/gtest.h>
 

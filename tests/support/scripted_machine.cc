@@ -7,7 +7,7 @@
 #include <numeric>
 
 #include "hardware/windows_os_manager.h"
-#include "log_entries.h"
+#include "inspection/log_entries.h"
 
 namespace system_info {
 namespace {

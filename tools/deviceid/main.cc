@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "deviceid.h"
-#include "log_entries.h"
+#include "inspection/log_entries.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Turns the text of a call's log into its entries, for hosts that show or store them one by one.
-#ifndef DEVICEID_TOOLS_DEVICEID_LOG_ENTRIES_H_
-#define DEVICEID_TOOLS_DEVICEID_LOG_ENTRIES_H_
+#ifndef DEVICEID_INSPECTION_LOG_ENTRIES_H_
+#define DEVICEID_INSPECTION_LOG_ENTRIES_H_
 
 #include <string>
 #include <string_view>
@@ -23,4 +23,4 @@ std::vector<LogEntry> ParseLog(std::string_view log);
 
 }  // namespace system_info
 
-#endif  // DEVICEID_TOOLS_DEVICEID_LOG_ENTRIES_H_
+#endif  // DEVICEID_INSPECTION_LOG_ENTRIES_H_
