@@ -47,9 +47,7 @@ void SetPciAdapter(const std::string& instance_id) {
 // What this process has, by the system's own tables: its counter of handles is a stub in Wine.
 std::string CountResources() {
   struct Handle {
-    USHORT process, back_trace;
-    UCHAR type, attributes;
-    USHORT value;
+    USHORT process, others[3];
     void* object;
     ULONG access;
   };
