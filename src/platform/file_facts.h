@@ -1,0 +1,35 @@
+// What a support case wants to know of a file beside its bytes.
+
+#ifndef DEVICEID_PLATFORM_FILE_FACTS_H_
+#define DEVICEID_PLATFORM_FILE_FACTS_H_
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace system_info {
+
+enum class FileKind { kMissing, kRegular, kFolder, kLink, kOther, kUnknown };
+
+struct FileFacts {
+  // Of the name itself: a link counts as a link. kUnknown if this account may not look.
+  FileKind kind = FileKind::kUnknown;
+  std::uint64_t size = 0;     // Bytes, of a regular file.
+  std::int64_t modified = 0;  // Seconds since 1 January 1970 UTC.
+  std::string owner;          // UTF-8; empty if the system does not tell.
+  // Who but the owner and the administrators may write it, in UTF-8: "everybody", "group staff",
+  // names of accounts. Empty if nobody.
+  std::string other_writers;
+};
+
+// Looks at the file and changes nothing of it.
+FileFacts LookAtFile(const std::filesystem::path& path);
+
+// The first `limit` bytes of a regular file, shared with everybody and opened no longer than
+// needed. None, with errno set, if it is no regular file or cannot be read.
+std::optional<std::string> ReadBytes(const std::filesystem::path& path, std::size_t limit);
+
+}  // namespace system_info
+
+#endif  // DEVICEID_PLATFORM_FILE_FACTS_H_
