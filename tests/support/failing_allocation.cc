@@ -1,9 +1,14 @@
 #include "support/failing_allocation.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 
-extern "C" void* __real_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" void* __real_malloc(std::size_t size);
+extern "C" int __real_openat(int folder, const char* path, int flags, unsigned mode);
+extern "C" int __real_socket(int family, int type, int protocol);
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -22,6 +27,7 @@ struct Countdown {
 
 thread_local Countdown new_countdown;
 thread_local Countdown malloc_countdown;
+thread_local Countdown open_countdown;
 
 void* Allocate(std::size_t size) {
   if (new_countdown.FailsNow()) return nullptr;
@@ -33,6 +39,16 @@ void* Allocate(std::size_t size) {
 
 extern "C" void* __wrap_malloc(std::size_t size) {
   return malloc_countdown.FailsNow() ? nullptr : __real_malloc(size);
+}
+
+extern "C" int __wrap_openat(int folder, const char* path, int flags, unsigned mode) {
+  errno = EMFILE;
+  return open_countdown.FailsNow() ? -1 : __real_openat(folder, path, flags, mode);
+}
+
+extern "C" int __wrap_socket(int family, int type, int protocol) {
+  errno = EMFILE;
+  return open_countdown.FailsNow() ? -1 : __real_socket(family, type, protocol);
 }
 
 void* operator new(std::size_t size) {
@@ -51,5 +67,9 @@ bool FailingNew::failed() const { return new_countdown.failed; }
 
 FailingMalloc::FailingMalloc(int nth) { malloc_countdown = {nth, false, false}; }
 FailingMalloc::~FailingMalloc() { malloc_countdown = {}; }
+
+FailingOpen::FailingOpen(int nth) { open_countdown = {nth, false, false}; }
+FailingOpen::~FailingOpen() { open_countdown = {}; }
+bool FailingOpen::failed() const { return open_countdown.failed; }
 
 }  // namespace system_info

@@ -1,4 +1,4 @@
-// Memory that runs out when a test says so.
+// Memory and descriptors that run out when a test says so.
 
 #ifndef DEVICEID_TESTS_SUPPORT_FAILING_ALLOCATION_H_
 #define DEVICEID_TESTS_SUPPORT_FAILING_ALLOCATION_H_
@@ -20,6 +20,16 @@ class FailingMalloc {
  public:
   explicit FailingMalloc(int nth);
   ~FailingMalloc();
+};
+
+// While it lives, the open number `nth` on this thread, counted from 1, finds no descriptor left: a
+// file opened with openat, or a socket.
+class FailingOpen {
+ public:
+  explicit FailingOpen(int nth);
+  ~FailingOpen();
+
+  bool failed() const;
 };
 
 }  // namespace system_info

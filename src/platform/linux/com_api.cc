@@ -260,7 +260,7 @@ void CoUninitialize() {
 
 HRESULT CoCreateInstance(const GUID& class_id, IUnknown* outer, DWORD context,
                          const GUID& interface_id, void** instance) {
-  if (apartment == Apartment::kNone) return CO_E_NOTINITIALIZED;
+  if (apartment != Apartment::kMultithreaded) return CO_E_NOTINITIALIZED;
   if (class_id != CLSID_WbemLocator || interface_id != IID_IWbemLocator) {
     return REGDB_E_CLASSNOTREG;
   }

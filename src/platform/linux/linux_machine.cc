@@ -7,13 +7,13 @@
 #include "platform/linux/linux_folders.h"
 #include "platform/linux/linux_mounts.h"
 #include "platform/linux/linux_network.h"
+#include "platform/linux/linux_volume.h"
 #include "platform/linux/value_files.h"
 
 namespace system_info {
 namespace {
 
 constexpr const char* kDmi = "/sys/class/dmi/id";
-constexpr std::string_view kDigits = "0123456789abcdef";
 
 // Byte by byte, so that a value is the same whatever the locale of the process is.
 WmiValue ToValue(const std::optional<std::string>& text) {
@@ -21,11 +21,6 @@ WmiValue ToValue(const std::optional<std::string>& text) {
   std::wstring wide;
   for (const char byte : *text) wide += static_cast<wchar_t>(static_cast<unsigned char>(byte));
   return wide;
-}
-
-std::optional<std::string> OnlyRealUuid(std::optional<std::string> text) {
-  if (text && !IsRealUuid(*text)) return std::nullopt;
-  return text;
 }
 
 std::optional<std::string> SystemUuid(const std::string& root) {
@@ -56,17 +51,8 @@ std::optional<std::string> SystemSerial(const std::string& root, const LinuxMoun
   return std::nullopt;
 }
 
-std::string FormatUuid(const std::array<std::uint8_t, 16>& bytes) {
-  std::string text;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
-    text += kDigits[bytes[i] >> 4];
-    text += kDigits[bytes[i] & 15];
-  }
-  return text;
-}
-
-std::string FormatAddress(const std::array<std::uint8_t, 6>& address) {
+std::string FormatAddress(const MacAddress& address) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
   std::string text;
   for (const std::uint8_t byte : address) {
     if (!text.empty()) text += ':';
@@ -76,64 +62,25 @@ std::string FormatAddress(const std::array<std::uint8_t, 6>& address) {
   return text;
 }
 
-// The name of the block device in "/dev" that a mount is made from.
-std::string DeviceName(const std::string& root, const Mount& mount) {
-  const auto name = LinkedName(root + "/sys/dev/block/" + mount.device);
-  if (name) return *name;
-  // File systems that span devices have a number of their own.
-  if (!mount.source.starts_with('/')) return {};
-  return LinkedName(root + mount.source).value_or(LastName(mount.source));
-}
-
-std::optional<std::string> UuidByDevice(const std::string& root, const std::string& device) {
-  const std::string folder = root + "/dev/disk/by-uuid";
-  for (const std::string& uuid : NamesIn(folder)) {
-    if (LinkedName(folder + "/" + uuid) == device) return uuid;
-  }
-  return std::nullopt;
-}
-
-std::optional<std::string> VolumeUuid(const std::string& root, const LinuxMounts& mounts,
-                                      const KernelAnswers& kernel) {
-  // An overlay has no file system of its own; the kernel draws it a UUID as it is mounted.
-  const Mount* mount = mounts.Holding("/");
-  if (mounts.IsVolatile("/") || (mount != nullptr && mount->type == "overlay")) return std::nullopt;
-  if (const auto uuid = kernel.file_system_uuid(root + "/")) return OnlyRealUuid(FormatUuid(*uuid));
-  if (mount == nullptr) return std::nullopt;
-  return OnlyRealUuid(UuidByDevice(root, DeviceName(root, *mount)));
-}
-
-// One row with the address of the first of `interfaces` that `suits`, or no row.
-template <typename Suits>
-std::vector<WmiRow> FirstAddress(const std::vector<LinuxInterface>& interfaces, Suits suits) {
-  const auto found = std::find_if(interfaces.begin(), interfaces.end(), suits);
-  if (found == interfaces.end()) return {};
-  return {{{L"MACAddress", ToValue(FormatAddress(found->adapter.address))}}};
-}
-
 class LinuxHardware final : public Hardware {
  public:
   LinuxHardware(const std::string& root, const KernelAnswers& kernel)
-      : interfaces_(ListInterfaces(root)) {
-    const LinuxMounts mounts(root);
-    const std::set<std::string> with_address = kernel.interfaces_with_address();
-    rows_ = {
-        {L"Win32_ComputerSystemProduct",
-         {{{L"UUID", ToValue(SystemUuid(root))},
-           {L"IdentifyingNumber", ToValue(ReadValue(root + kDmi + "/product_serial"))}}}},
-        {L"Win32_BaseBoard",
-         {{{L"SerialNumber", ToValue(ReadValue(root + kDmi + "/board_serial"))}}}},
-        {L"Win32_OperatingSystem", {{{L"SerialNumber", ToValue(SystemSerial(root, mounts))}}}},
-        {L"win32_logicaldisk WHERE deviceid=\"C:\"",
-         {{{L"VolumeSerialNumber", ToValue(VolumeUuid(root, mounts, kernel))}}}},
-        {L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE",
-         FirstAddress(interfaces_,
-                      [&](const auto& candidate) {
-                        return candidate.up && with_address.contains(candidate.adapter.name);
-                      })},
-        {L"Win32_NetworkAdapter WHERE Manufacturer != 'Microsoft' AND NOT PNPDeviceID LIKE "
-         L"'ROOT%\\\\'",
-         FirstAddress(interfaces_, [](const auto& candidate) { return candidate.has_device; })}};
+      : interfaces_(ListInterfaces(root, kernel)) {
+    const FileSystem at_root = kernel.file_system(root + "/");
+    const LinuxMounts mounts(root, at_root);
+    const std::wstring product = L"Win32_ComputerSystemProduct";
+    Set(product, L"UUID", SystemUuid(root));
+    Set(product, L"IdentifyingNumber", ReadValue(root + kDmi + "/product_serial"));
+    Set(L"Win32_BaseBoard", L"SerialNumber", ReadValue(root + kDmi + "/board_serial"));
+    Set(L"Win32_OperatingSystem", L"SerialNumber", SystemSerial(root, mounts));
+    Set(L"win32_logicaldisk WHERE deviceid=\"C:\"", L"VolumeSerialNumber",
+        RootVolume(root, mounts, at_root));
+    SetFirstAddress(L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE",
+                    [](const auto& found) { return found.up && found.has_ip_address; });
+    SetFirstAddress(
+        L"Win32_NetworkAdapter WHERE Manufacturer != 'Microsoft' AND NOT PNPDeviceID LIKE "
+        L"'ROOT%\\\\'",
+        [](const auto& found) { return found.has_device; });
   }
 
   std::vector<WmiRow> QueryWmi(const std::wstring& class_text) override {
@@ -163,6 +110,22 @@ class LinuxHardware final : public Hardware {
   }
 
  private:
+  // Sets a property of the one row of a class.
+  void Set(const std::wstring& class_text, const wchar_t* property,
+           const std::optional<std::string>& value) {
+    std::vector<WmiRow>& rows = rows_[class_text];
+    if (rows.empty()) rows.emplace_back();
+    rows[0].emplace(property, ToValue(value));
+  }
+
+  // A class of adapters has a row if one of them `suits`.
+  template <typename Suits>
+  void SetFirstAddress(const std::wstring& class_text, Suits suits) {
+    const auto found = std::find_if(interfaces_.begin(), interfaces_.end(), suits);
+    if (found == interfaces_.end()) return;
+    Set(class_text, L"MACAddress", FormatAddress(found->adapter.address));
+  }
+
   std::vector<LinuxInterface> interfaces_;
   std::map<std::wstring, std::vector<WmiRow>> rows_;
 };

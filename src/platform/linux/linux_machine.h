@@ -8,25 +8,10 @@
 #ifndef DEVICEID_PLATFORM_LINUX_LINUX_MACHINE_H_
 #define DEVICEID_PLATFORM_LINUX_LINUX_MACHINE_H_
 
-#include <functional>
-#include <set>
-
+#include "platform/linux/linux_kernel.h"
 #include "platform/linux/machine.h"
 
 namespace system_info {
-
-// What the kernel tells only in answer to a call, and not below any folder.
-struct KernelAnswers {
-  // The 16 bytes of the UUID of the file system at `path`, if the kernel has a call for that.
-  std::function<std::optional<std::array<std::uint8_t, 16>>(const std::string& path)>
-      file_system_uuid;
-
-  // The names of the interfaces that have an IP address.
-  std::function<std::set<std::string>()> interfaces_with_address;
-};
-
-// Those of the running kernel.
-KernelAnswers AskKernel();
 
 class LinuxMachine final : public Machine {
  public:

@@ -1,5 +1,7 @@
 #include "platform/linux/linux_mounts.h"
 
+#include <linux/magic.h>
+
 #include <algorithm>
 #include <string_view>
 
@@ -33,19 +35,19 @@ std::optional<Mount> ParseLine(std::string_view line) {
   return mount;
 }
 
-bool Holds(const std::string& point, const std::string& path) {
+bool Holds(std::string_view point, std::string_view path) {
   if (point == "/") return true;
   return path.starts_with(point) && (path.size() == point.size() || path[point.size()] == '/');
 }
 
-bool IsKeptInMemory(const std::string& type) {
+bool IsKeptInMemory(std::string_view type) {
   return type == "tmpfs" || type == "ramfs" || type == "rootfs";
 }
 
 // The folder in which an overlay keeps its changes.
 std::optional<std::string> UpperFolder(const Mount& mount) {
   const std::string key = ",upperdir=";
-  const std::string options = "," + mount.options;
+  const std::string options = "," + std::string(mount.options);
   const std::size_t position = options.find(key);
   if (mount.type != "overlay" || position == std::string::npos) return std::nullopt;
   const std::size_t begin = position + key.size();
@@ -54,10 +56,12 @@ std::optional<std::string> UpperFolder(const Mount& mount) {
 
 }  // namespace
 
-LinuxMounts::LinuxMounts(const std::string& root) : root_(root) {
-  const std::string list = ReadValue(root + "/proc/self/mountinfo").value_or("");
-  for (std::string_view rest = list; !rest.empty();) {
-    if (auto mount = ParseLine(TakeUpTo('\n', rest))) mounts_.push_back(*std::move(mount));
+LinuxMounts::LinuxMounts(const std::string& root, const FileSystem& at_root)
+    : root_(root),
+      root_is_in_memory_(at_root.type == TMPFS_MAGIC || at_root.type == RAMFS_MAGIC),
+      list_(ReadValue(root + "/proc/self/mountinfo").value_or("")) {
+  for (std::string_view rest = list_; !rest.empty();) {
+    if (const auto mount = ParseLine(TakeUpTo('\n', rest))) mounts_.push_back(*mount);
   }
 }
 
@@ -73,7 +77,7 @@ const Mount* LinuxMounts::Holding(const std::string& path) const {
 
 bool LinuxMounts::IsVolatile(const std::string& path) const {
   const Mount* mount = Holding(path);
-  if (mount == nullptr) return false;
+  if (mount == nullptr) return root_is_in_memory_;
   if (const auto upper = UpperFolder(*mount)) {
     // The path is that of whoever mounted the overlay; inside a container it leads nowhere.
     const Mount* below = Holding(*upper);

@@ -5,22 +5,29 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "platform/linux/linux_kernel.h"
 
 namespace system_info {
 
+// All texts belong to the list of mounts.
 struct Mount {
-  std::string device;  // "major:minor"
-  std::string point;
-  std::string type;
-  std::string source;
-  std::string options;  // Of the file system, separated by commas.
+  std::string_view device;  // "major:minor"
+  std::string_view point;
+  std::string_view type;
+  std::string_view source;
+  std::string_view options;  // Of the file system, separated by commas.
 };
 
-// A snapshot of the mounts that the process below `root` sees.
+// A snapshot of the mounts that the process below `root` sees. What none of them holds, as in a
+// chroot, is on the file system at the root.
 class LinuxMounts {
  public:
-  explicit LinuxMounts(const std::string& root);
+  LinuxMounts(const std::string& root, const FileSystem& at_root);
+  LinuxMounts(const LinuxMounts&) = delete;
+  LinuxMounts& operator=(const LinuxMounts&) = delete;
 
   // The mount that holds `path`, or null if nothing is known of it.
   const Mount* Holding(const std::string& path) const;
@@ -30,6 +37,8 @@ class LinuxMounts {
 
  private:
   std::string root_;
+  bool root_is_in_memory_;
+  std::string list_;
   std::vector<Mount> mounts_;
 };
 

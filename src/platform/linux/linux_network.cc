@@ -2,24 +2,28 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <set>
+#include <string_view>
 
+#include "platform/linux/network_dump.h"
 #include "platform/linux/value_files.h"
 
 namespace system_info {
 namespace {
 
-constexpr long kFlagUp = 0x1;
-constexpr long kFlagLoopback = 0x8;
+constexpr const char* kInterfaces = "/sys/class/net/";
+constexpr unsigned long kFlagUp = 0x1;
+constexpr unsigned long kFlagLoopback = 0x8;
 constexpr long kAddressDrawnAtRandom = 1;
 
-std::optional<std::array<std::uint8_t, 6>> ParseAddress(const std::string& text) {
+std::optional<MacAddress> ParseAddress(const std::string& text) {
   std::array<unsigned, 6> parts = {};
   int length = 0;
   // NOLINTNEXTLINE(cert-err34-c): two digits always fit
   const int count = std::sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%n", parts.data(), &parts[1],
                                 &parts[2], &parts[3], &parts[4], &parts[5], &length);
   if (count != 6 || text.size() != 17 || length != 17) return std::nullopt;
-  std::array<std::uint8_t, 6> address = {};
+  MacAddress address = {};
   std::transform(parts.begin(), parts.end(), address.begin(),
                  [](unsigned part) { return static_cast<std::uint8_t>(part); });
   return address;
@@ -40,23 +44,40 @@ std::optional<PciAddress> FindPciAddress(const std::string& device) {
   return std::nullopt;
 }
 
-std::optional<LinuxInterface> ReadInterface(const std::string& parent, const std::string& name) {
-  const std::string folder = parent + "/" + name;
-  const auto address_text = ReadValue(folder + "/address");
-  const auto address = address_text ? ParseAddress(*address_text) : std::nullopt;
-  const auto origin = ReadNumber(folder + "/addr_assign_type");
+// What the kernel says of its interfaces in a folder for each. None if a file of it is missing.
+std::optional<ListedInterface> ReadInterface(const std::string& root, const std::string& name) {
+  const std::string folder = root + kInterfaces + name;
+  const auto address = ReadValue(folder + "/address");
   const auto flags = ReadNumber(folder + "/flags");
   const auto index = ReadNumber(folder + "/ifindex");
-  if (!address || !origin || !flags || !index) return std::nullopt;
-  if (*origin == kAddressDrawnAtRandom || (*flags & kFlagLoopback) != 0) return std::nullopt;
-
-  LinuxInterface found;
-  found.adapter.name = name;
-  found.adapter.address = *address;
+  if (!address || !flags || !index) return std::nullopt;
+  ListedInterface found;
+  found.name = name;
   found.index = *index;
-  found.up = (*flags & kFlagUp) != 0;
+  found.flags = static_cast<unsigned long>(*flags);
+  found.address = ParseAddress(*address);
+  return found;
+}
 
-  const auto device = ResolvedPath(folder + "/device");
+// True for an interface whose address could be one that stays.
+bool IsCandidate(const ListedInterface& listed) {
+  return listed.address && (listed.flags & kFlagLoopback) == 0;
+}
+
+// True unless the kernel drew the address at random or does not tell.
+bool AddressInUseStays(const std::string& name, const Descriptor& folder) {
+  const auto origin = ReadNumber(name + "/addr_assign_type", folder.get());
+  return origin && *origin != kAddressDrawnAtRandom;
+}
+
+LinuxInterface Describe(const std::string& root, const ListedInterface& listed,
+                        const MacAddress& address) {
+  LinuxInterface found;
+  found.adapter.name = listed.name;
+  found.adapter.address = address;
+  found.index = listed.index;
+  found.up = (listed.flags & kFlagUp) != 0;
+  const auto device = ResolvedPath(root + kInterfaces + listed.name + "/device");
   if (!device) return found;
   found.has_device = true;
   found.adapter.description = LinkedName(*device + "/driver").value_or("");
@@ -64,13 +85,50 @@ std::optional<LinuxInterface> ReadInterface(const std::string& parent, const std
   return found;
 }
 
+void MarkThoseWithIpAddress(const KernelAnswers& kernel, std::vector<LinuxInterface>& interfaces) {
+  const auto indexes = ListIndexesWithIpAddress(kernel).value_or(std::vector<long>());
+  for (LinuxInterface& found : interfaces) {
+    found.has_ip_address = std::find(indexes.begin(), indexes.end(), found.index) != indexes.end();
+  }
+}
+
+std::vector<LinuxInterface> LastingInterfacesOf(const std::string& root,
+                                                const KernelAnswers& kernel,
+                                                const InterfaceList& list) {
+  std::vector<LinuxInterface> interfaces;
+  const Descriptor folder = OpenToRead(root + kInterfaces, O_DIRECTORY);
+  for (const ListedInterface& listed : list.interfaces) {
+    if (!IsCandidate(listed)) continue;
+    auto address = list.has_permanent_addresses ? listed.permanent_address
+                                                : kernel.permanent_address(listed.name);
+    if (!address && AddressInUseStays(listed.name, folder)) address = listed.address;
+    if (address) interfaces.push_back(Describe(root, listed, *address));
+  }
+  if (!interfaces.empty()) MarkThoseWithIpAddress(kernel, interfaces);
+  return interfaces;
+}
+
+// Those that have a folder and are not among the `known` ones.
+InterfaceList ListInterfacesInFolders(const std::string& root, const InterfaceList& known) {
+  std::set<std::string_view> names;
+  for (const ListedInterface& listed : known.interfaces) names.insert(listed.name);
+  InterfaceList list;
+  for (const std::string& name : NamesIn(root + kInterfaces)) {
+    if (names.contains(name)) continue;
+    if (auto listed = ReadInterface(root, name)) list.interfaces.push_back(*std::move(listed));
+  }
+  return list;
+}
+
 }  // namespace
 
-std::vector<LinuxInterface> ListInterfaces(const std::string& root) {
-  std::vector<LinuxInterface> interfaces;
-  const std::string folder = root + "/sys/class/net";
-  for (const std::string& name : NamesIn(folder)) {
-    if (auto found = ReadInterface(folder, name)) interfaces.push_back(*std::move(found));
+std::vector<LinuxInterface> ListInterfaces(const std::string& root, const KernelAnswers& kernel) {
+  InterfaceList list = ListInterfacesOfKernel(kernel).value_or(InterfaceList());
+  std::vector<LinuxInterface> interfaces = LastingInterfacesOf(root, kernel, list);
+  if (interfaces.empty()) {
+    // A sandbox may hide the interfaces of the machine from calls and show them in the folders.
+    list = ListInterfacesInFolders(root, list);
+    interfaces = LastingInterfacesOf(root, kernel, list);
   }
   std::sort(interfaces.begin(), interfaces.end(),
             [](const auto& left, const auto& right) { return left.index < right.index; });

@@ -9,6 +9,7 @@
 #include <tuple>
 #include <vector>
 
+#include "platform/linux/linux_kernel.h"
 #include "platform/linux/machine.h"
 
 namespace system_info {
@@ -20,13 +21,18 @@ struct LinuxInterface {
   NetworkAdapter adapter;  // The description is the name of the driver, if there is one.
   long index = 0;
   bool up = false;
+  bool has_ip_address = false;
   bool has_device = false;
   std::optional<PciAddress> pci_address;
 };
 
-// All interfaces below `root` with a six-byte address that the kernel did not draw at random,
-// loopback left out, by index.
-std::vector<LinuxInterface> ListInterfaces(const std::string& root);
+// All interfaces with a six-byte address that stays, loopback left out, by index.
+//
+// The address is the permanent one of an interface that has such, whatever address it uses now.
+// That of any other interface is the one in use, unless the kernel drew it at random. Devices and
+// origins of addresses stand below `root`, and so do the interfaces where the kernel does not list
+// them for this process.
+std::vector<LinuxInterface> ListInterfaces(const std::string& root, const KernelAnswers& kernel);
 
 }  // namespace system_info
 

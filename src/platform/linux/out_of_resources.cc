@@ -15,10 +15,11 @@ struct ErrorText {
 };
 
 // Not the system's own texts, which depend on the host's locale.
-constexpr std::array<ErrorText, 4> kErrors = {{
+constexpr std::array<ErrorText, 5> kErrors = {{
     {EMFILE, "EMFILE, too many open files in the process"},
     {ENFILE, "ENFILE, too many open files in the system"},
     {ENOMEM, "ENOMEM, out of memory"},
+    {ENOBUFS, "ENOBUFS, out of memory for the network"},
     {ENOLCK, "ENOLCK, no locks available"},
 }};
 

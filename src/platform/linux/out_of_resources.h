@@ -10,9 +10,9 @@
 
 namespace system_info {
 
-// Throws std::runtime_error if `error` is EMFILE, ENFILE, ENOMEM or ENOLCK, and returns otherwise.
-// The text of the exception is `what` with the name of the error. Throws std::bad_alloc if there is
-// no memory for that text.
+// Throws std::runtime_error if `error` is EMFILE, ENFILE, ENOMEM, ENOBUFS or ENOLCK, and returns
+// otherwise. The text of the exception is `what` with the name of the error. Throws std::bad_alloc
+// if there is no memory for that text.
 void ThrowIfOutOfResources(int error, const char* what);
 
 }  // namespace system_info

@@ -12,15 +12,15 @@
 #include "platform/linux/out_of_resources.h"
 
 namespace system_info {
-Descriptor OpenToRead(const std::string& path, int flags) {
+Descriptor OpenToRead(const std::string& path, int flags, int folder) {
   const int number =
-      RepeatInterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | flags); });
+      RepeatInterrupted([&] { return openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC | flags); });
   if (number < 0) ThrowIfOutOfResources(errno, path.c_str());
   return Descriptor(number);
 }
 
-std::optional<std::string> ReadValue(const std::string& path) {
-  const Descriptor file = OpenToRead(path);
+std::optional<std::string> ReadValue(const std::string& path, int folder) {
+  const Descriptor file = OpenToRead(path, 0, folder);
   if (!file.valid()) return std::nullopt;
   std::string value;
   std::array<char, 4096> buffer;
@@ -38,35 +38,45 @@ std::optional<std::string> ReadValue(const std::string& path) {
   return value;
 }
 
-std::optional<long> ReadNumber(const std::string& path) {
-  const auto value = ReadValue(path);
-  if (!value) return std::nullopt;
-  const int base = value->starts_with("0x") ? 16 : 10;
+std::optional<long> ReadNumber(const std::string& path, int folder) {
+  const Descriptor file = OpenToRead(path, 0, folder);
+  // With a line end and a terminator behind it. One read gives all of so small a file.
+  std::array<char, 32> text = {};
+  const ssize_t size =
+      RepeatInterrupted([&] { return read(file.get(), text.data(), text.size() - 1); });
+  if (size < 0) ThrowIfOutOfResources(errno, path.c_str());
+  if (size <= 0) return std::nullopt;
+  const int base = text[1] == 'x' ? 16 : 10;
   char* end = nullptr;
-  const long number = std::strtol(value->c_str(), &end, base);
-  if (end == value->c_str() || *end != '\0') return std::nullopt;
+  const long number = std::strtol(text.data(), &end, base);
+  const std::string_view rest = end;
+  if (end == text.data() || (rest != "\n" && !rest.empty())) return std::nullopt;
   return number;
 }
 
-std::optional<std::string> LinkedName(const std::string& path) {
+std::optional<std::string> LinkTarget(const std::string& path) {
   std::array<char, PATH_MAX> target;
   const ssize_t length = readlink(path.c_str(), target.data(), target.size());
-  if (length < 0) {
-    ThrowIfOutOfResources(errno, path.c_str());
-    return std::nullopt;
-  }
-  std::string name = LastName({target.data(), static_cast<std::size_t>(length)});
-  if (name.empty()) return std::nullopt;
-  return name;
+  if (length >= 0) return std::string(target.data(), static_cast<std::size_t>(length));
+  ThrowIfOutOfResources(errno, path.c_str());
+  return std::nullopt;
+}
+
+std::optional<std::string> LinkedName(const std::string& path) {
+  const auto target = LinkTarget(path);
+  if (!target || target->ends_with('/')) return std::nullopt;
+  return LastName(*target);
 }
 
 std::optional<std::string> ResolvedPath(const std::string& path) {
+  const Descriptor found = OpenToRead(path, O_PATH);
+  if (!found.valid()) return std::nullopt;
+  // The kernel knows it at once. Without /proc it has to be asked link by link.
+  if (auto resolved = LinkTarget("/proc/self/fd/" + std::to_string(found.get()))) return resolved;
   std::array<char, PATH_MAX> resolved;
-  if (realpath(path.c_str(), resolved.data()) == nullptr) {
-    ThrowIfOutOfResources(errno, path.c_str());
-    return std::nullopt;
-  }
-  return resolved.data();
+  if (realpath(path.c_str(), resolved.data()) != nullptr) return resolved.data();
+  ThrowIfOutOfResources(errno, path.c_str());
+  return std::nullopt;
 }
 
 bool Exists(const std::string& path) {
@@ -97,8 +107,9 @@ std::vector<std::string> NamesIn(const std::string& folder) {
 
 std::string LastName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-bool IsRealUuid(const std::string& text) {
-  return text.find_first_not_of("0-") != std::string::npos;
+std::optional<std::string> OnlyRealUuid(std::optional<std::string> uuid) {
+  if (uuid && uuid->find_first_not_of("0-") == std::string::npos) return std::nullopt;
+  return uuid;
 }
 
 }  // namespace system_info

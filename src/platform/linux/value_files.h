@@ -6,6 +6,8 @@
 #ifndef DEVICEID_PLATFORM_LINUX_VALUE_FILES_H_
 #define DEVICEID_PLATFORM_LINUX_VALUE_FILES_H_
 
+#include <fcntl.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,14 +16,15 @@
 
 namespace system_info {
 
-// `flags` are added to those of a file that is opened for reading.
-Descriptor OpenToRead(const std::string& path, int flags = 0);
+// `flags` are added to those of a file that is opened for reading. A relative path begins at
+// `folder`.
+Descriptor OpenToRead(const std::string& path, int flags = 0, int folder = AT_FDCWD);
 
 // What the file holds, without one line end at its end. None if it cannot be read or is empty.
-std::optional<std::string> ReadValue(const std::string& path);
+std::optional<std::string> ReadValue(const std::string& path, int folder = AT_FDCWD);
 
 // A whole number in base 10, or in base 16 with a leading "0x". None if the file holds none.
-std::optional<long> ReadNumber(const std::string& path);
+std::optional<long> ReadNumber(const std::string& path, int folder = AT_FDCWD);
 
 // The last name in the target of a symbolic link. None if there is no such link.
 std::optional<std::string> LinkedName(const std::string& path);
@@ -37,8 +40,8 @@ std::vector<std::string> NamesIn(const std::string& folder);
 // What follows the last separator.
 std::string LastName(const std::string& path);
 
-// False for an identifier of which nothing is left without its dashes and zeros.
-bool IsRealUuid(const std::string& text);
+// `uuid`, or none if nothing is left of it without its dashes and zeros.
+std::optional<std::string> OnlyRealUuid(std::optional<std::string> uuid);
 
 }  // namespace system_info
 
