@@ -7,7 +7,7 @@
  * Windows call from a thread that is in no single-threaded apartment of COM: there the hardware
  * cannot be read, and an id made without hardware is a random one, with DEVICEID_SUCCESS. The
  * library keeps no pointer to a host's buffer after a call returns, starts no threads and needs no
- * call before or after use.
+ * call before or after use. Define DEVICEID_STATIC to link the static library; CMake does so itself.
  */
 #ifndef DEVICEID_H
 #define DEVICEID_H
@@ -16,18 +16,20 @@
 
 #if defined(_WIN32)
 #define DEVICEID_CALL __cdecl
-#if defined(DEVICEID_BUILDING_LIBRARY)
-#define DEVICEID_API __declspec(dllexport)
-#else
-#define DEVICEID_API __declspec(dllimport)
-#endif
 #else
 #define DEVICEID_CALL
-#if defined(DEVICEID_BUILDING_LIBRARY)
+#endif
+
+#if defined(DEVICEID_STATIC)
+#define DEVICEID_API
+#elif defined(_WIN32) && defined(DEVICEID_BUILDING_LIBRARY)
+#define DEVICEID_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define DEVICEID_API __declspec(dllimport)
+#elif defined(DEVICEID_BUILDING_LIBRARY)
 #define DEVICEID_API __attribute__((visibility("default")))
 #else
 #define DEVICEID_API
-#endif
 #endif
 
 #ifdef __cplusplus

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 # dll_test.py VERSION DLL OBJECT...: what hosts, Windows and administrators see of the DLL itself.
 # The objects are those of the library's own code. Debian's Python has python3-pefile.
+import re
 import sys
 from pathlib import Path
 from xml.etree import ElementTree
@@ -34,6 +35,12 @@ expect("writable code", [section.Name for section in dll.sections if
 expect("symbols", dll.FILE_HEADER.NumberOfSymbols, 0)
 # Without it the compiler's runtime would not hear of the end of a thread, and leak its memory.
 expect("thread storage", hasattr(dll, "DIRECTORY_ENTRY_TLS"), True)
+
+# The linker tells behind what it leaves out what it takes in. Streams alone would double the size.
+taken = Path(path + ".map").read_text().partition("Linker script and memory map")[2]
+expect("sections", ".text" in taken, True)
+expect("streams", re.findall(r"basic_\w*(?:stream|buf)|\dlocale|ios_base|regex", taken), [])
+expect("small", Path(path).stat().st_size <= 400_000, True)
 
 # An object names what its code calls. A few have nothing on the stack that could run over.
 bare = [name for name in objects if b"__stack_chk_fail" not in Path(name).read_bytes()]

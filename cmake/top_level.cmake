@@ -1,0 +1,25 @@
+# What holds for the whole build where this project is not a part of another.
+option(BUILD_SHARED_LIBS "Make a shared library, not a static one" ON)
+set(DEVICEID_SANITIZERS "" CACHE STRING "Value of -fsanitize, empty for none")
+
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+
+if(DEVICEID_SANITIZERS)
+  add_compile_options(-fsanitize=${DEVICEID_SANITIZERS} -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${DEVICEID_SANITIZERS})
+  # With the sanitizers GCC 12 sees uninitialized values in its own regular expressions.
+  add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+endif()
+
+# The same sources give the same bytes, wherever they lie and whenever they are built.
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+                    -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+if(WIN32)
+  add_link_options(-Wl,--no-insert-timestamp)
+endif()
+
+include(cmake/tidy.cmake)

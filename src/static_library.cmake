@@ -1,0 +1,23 @@
+# The static library, which becomes a part of the program that links it.
+target_compile_options(deviceid_objects PRIVATE -fno-lto)
+# CMake adds the C++ runtime by itself where it links with the C++ compiler.
+target_link_libraries(deviceid INTERFACE $<$<LINK_LANGUAGE:C>:stdc++>)
+if(WIN32)
+  return()
+endif()
+
+# The program may have functions of its own that are called like those of the imitated Windows, or bring
+# another version of a template. So all objects become one, which shows what hosts may call alone.
+list(JOIN exports "\n" exports)
+file(CONFIGURE OUTPUT exports.txt CONTENT "${exports}\n" @ONLY)
+set(single ${CMAKE_CURRENT_BINARY_DIR}/deviceid.o)
+separate_arguments(flags UNIX_COMMAND "${CMAKE_CXX_FLAGS}")
+if(CMAKE_CXX_COMPILER_TARGET)
+  list(APPEND flags --target=${CMAKE_CXX_COMPILER_TARGET})
+endif()
+add_custom_command(TARGET deviceid POST_BUILD VERBATIM
+  COMMAND ${CMAKE_CXX_COMPILER} ${flags} -r -nostdlib -Wl,--force-group-allocation
+          -Wl,--whole-archive $<TARGET_FILE:deviceid> -o ${single}
+  COMMAND ${CMAKE_OBJCOPY} --keep-global-symbols=${CMAKE_CURRENT_BINARY_DIR}/exports.txt ${single}
+  COMMAND ${CMAKE_COMMAND} -E rm $<TARGET_FILE:deviceid>
+  COMMAND ${CMAKE_AR} rcs $<TARGET_FILE:deviceid> ${single})
