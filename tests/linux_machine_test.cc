@@ -9,12 +9,12 @@
 #include <net/if.h>
 #include <sys/socket.h>
 #include <sys/statvfs.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 
 #include "hardware/network_adapters.h"
@@ -27,386 +27,324 @@ namespace {
 
 using testing::HasSubstr;
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
-using Entries = std::vector<std::pair<std::string, std::string>>;
+template <typename Value>
+std::string Bytes(const Value& value) {
+  return {reinterpret_cast<const char*>(&value), sizeof(value)};
+}
 
 // An answer of the kernel as it arrives: a header, which begins with the size, and what it heads.
 template <typename Header, typename Length>
 std::string Piece(Header header, Length Header::*length, const std::string& body) {
   header.*length = static_cast<Length>(sizeof(header) + body.size());
-  std::string piece(reinterpret_cast<const char*>(&header), sizeof(header));
-  return (piece += body).append((4 - piece.size() % 4) % 4, '\0');
+  const std::string piece = Bytes(header) + body;
+  return piece + std::string((4 - piece.size() % 4) % 4, '\0');
 }
 
 std::string Attribute(unsigned short type, const std::string& body) {
   return body.empty() ? "" : Piece(rtattr{0, type}, &rtattr::rta_len, body);
 }
 
-std::string Message(unsigned short type, const std::string& body, int flags = 0) {
-  const auto all_flags = static_cast<unsigned short>(NLM_F_MULTI | flags);
-  return Piece(nlmsghdr{0, type, all_flags, 0, 0}, &nlmsghdr::nlmsg_len, body);
+std::string Message(unsigned short type, const std::string& body, unsigned short flags = 0) {
+  return Piece(nlmsghdr{0, type, flags, 0, 0}, &nlmsghdr::nlmsg_len, body);
 }
 
-std::string End(unsigned short type, int error) {
-  return Message(type, std::string(reinterpret_cast<const char*>(&error), sizeof(error)));
-}
+std::string End(unsigned short type, int error) { return Message(type, Bytes(error)); }
 
-std::string AddressBytes(const std::string& text) {
-  std::string bytes;
-  for (std::size_t i = 0; i < text.size(); i += 3) {
-    bytes += static_cast<char>(std::stoi(text.substr(i, 2), nullptr, 16));
-  }
-  return bytes;
-}
-
-std::string Hexadecimal(unsigned long number) {
-  char text[20];
-  std::snprintf(text, sizeof(text), "%lx", number);
-  return text;
-}
-
+// An interface as a line of text: name, "up" or "down", the last digit of the address, its origin,
+// and as far as there is one the last digit of the permanent address and the device below
+// /sys/devices. A "+" behind a digit makes the address longer.
 struct Nic {
-  std::string name;
-  unsigned flags;
-  std::string address;
-  std::string origin;
-  std::string permanent_address;
-  std::string device;  // Below /sys/devices.
+  explicit Nic(const std::string& line) {
+    std::string digit, permanent_digit;
+    std::istringstream(line) >> name >> state >> digit >> origin >> permanent_digit >> device;
+    address = Address(digit);
+    if (permanent_digit != "-") permanent_address = Address(permanent_digit);
+  }
 
-  std::string Listed(int index, bool with_permanent_address) const {
+  static std::string Address(const std::string& digit) {
+    if (digit.empty() || digit == "-") return "";
+    return "00:00:00:00:00:0" + digit.substr(0, 1) + (digit.size() > 1 ? ":00:00" : "");
+  }
+  static std::string AddressBytes(const std::string& text) {
+    if (text.empty()) return "";
+    return "\0\0\0\0\0"s + static_cast<char>(text[16] - '0') +
+           std::string((text.size() - 17) / 3, 0);
+  }
+
+  unsigned Flags() const { return name == "lo" ? 0x9U : state == "up" ? 0x1003U : 0x1002U; }
+
+  std::string Listed(int index, bool with_permanent_address = true,
+                     unsigned short flags = 0) const {
     ifinfomsg about = {};
     about.ifi_index = index;
-    about.ifi_flags = flags;
-    std::string body(reinterpret_cast<const char*>(&about), sizeof(about));
-    body += Attribute(IFLA_IFNAME, name + '\0') + Attribute(IFLA_ADDRESS, AddressBytes(address));
+    about.ifi_flags = Flags();
+    std::string body = Bytes(about) + Attribute(IFLA_IFNAME, name + '\0');
+    body += Attribute(IFLA_ADDRESS, AddressBytes(address));
     if (with_permanent_address) {
       body += Attribute(IFLA_PERM_ADDRESS, AddressBytes(permanent_address));
       body += Attribute(IFLA_PERM_ADDRESS + 4, "newer");
     }
-    return Message(RTM_NEWLINK, body);
+    return Message(RTM_NEWLINK, body, flags);
   }
+
+  std::string name, state, address, origin, permanent_address, device;
 };
 
-std::string AddressOf(unsigned index, int family) {
-  ifaddrmsg about = {};
-  about.ifa_family = static_cast<unsigned char>(family);
-  about.ifa_index = index;
-  return Message(RTM_NEWADDR, {reinterpret_cast<const char*>(&about), sizeof(about)});
+std::vector<std::string> Split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
+  return parts;
 }
 
 class LinuxMachineTest : public MachineTest {
  protected:
   LinuxMachineTest() { SetPresentMachine(&machine); }
 
-  // A value that begins with "->" is the target of a link, and "/" stands for a folder.
-  void Make(const Entries& entries) {
-    for (const auto& [path, value] : entries) {
-      if (!value.starts_with("->") && value != "/") {
-        WriteFileText(root + path, value);
-        continue;
-      }
-      fs::create_directories(root + (value == "/" ? path : fs::path(path).parent_path().string()));
-      if (value != "/") fs::create_symlink(value.substr(2), root + path);
-    }
-  }
-
-  void MakeFolder(const Nic& nic, int index) {
-    const std::string folder = "/sys/class/net/" + nic.name;
-    Make({{folder + "/ifindex", std::to_string(index) + '\n'},
-          {folder + "/flags", "0x" + Hexadecimal(nic.flags) + '\n'},
-          {folder + "/addr_assign_type", nic.origin + '\n'},
-          {folder + "/address", nic.address + '\n'}});
-    if (!nic.device.empty()) Make({{folder + "/device", "->../../../devices/" + nic.device}});
-  }
-
-  // Begins anew, with nothing to read and no answer of the kernel.
-  void Clear() {
+  // Begins anew, with no answer of the kernel and with these entries between bars: "file=text",
+  // "link>target" or "folder/".
+  void Make(const std::string& entries) {
     fs::remove_all(root);
-    Make({{"/var/lib", "/"}});
+    fs::create_directories(root + "/var/lib");
     at_root = {};
     dumps.clear();
     permanent_addresses.clear();
+    Add(entries);
+  }
+  void Add(const std::string& entries) {
+    for (const std::string& entry : Split(entries, '|')) {
+      const std::size_t end = entry.find_first_of("=>");
+      const std::string path = root + entry.substr(0, end);
+      fs::create_directories(fs::path(path).parent_path());
+      if (end == std::string::npos) continue;
+      if (entry[end] == '=') WriteFileText(path, entry.substr(end + 1));
+      if (entry[end] == '>') fs::create_symlink(entry.substr(end + 1), path);
+    }
+  }
+  void AddFolder(const Nic& nic, int index) {
+    const std::string folder = "/sys/class/net/" + nic.name;
+    std::stringstream entries;
+    entries << folder << "/flags=0x" << std::hex << nic.Flags() << std::dec << "\n|" << folder
+            << "/ifindex=" << index << "\n|" << folder << "/addr_assign_type=" << nic.origin
+            << "\n|" << folder << "/address=" << nic.address << '\n';
+    Add(entries.str() +
+        (nic.device.empty() ? "" : "|" + folder + "/device>../../../devices/" + nic.device));
   }
 
   // What the given format is made of here, and the log of it in `log`.
   std::string Read(HidFormatVersion version) { return CollectString(version, &log); }
 
+  void Answer(int question, const TakeDump& take) {
+    auto& answers = dumps[question];
+    if (answers.empty()) return;
+    for (const std::string& part : answers.front()) {
+      if (!take(part)) break;
+    }
+    if (answers.size() > 1) answers.erase(answers.begin());
+  }
+
   const std::string root = *pc.common_root;
   FileSystem at_root;
   std::map<int, std::vector<std::vector<std::string>>> dumps;  // What is left to answer, in parts.
-  std::map<std::string, MacAddress> permanent_addresses;
+  std::map<std::string, std::optional<MacAddress>> permanent_addresses;
   LinuxMachine machine{root,
                        {[this](auto&) { return at_root; },
-                        [this](int question, const TakeDump& take) {
-                          auto& answers = dumps[question];
-                          if (answers.empty()) return;
-                          for (const std::string& part : answers.front()) {
-                            if (!take(part)) break;
-                          }
-                          if (answers.size() > 1) answers.erase(answers.begin());
-                        },
-                        [this](const std::string& name) -> std::optional<MacAddress> {
-                          const auto found = permanent_addresses.find(name);
-                          if (found == permanent_addresses.end()) return std::nullopt;
-                          return found->second;
-                        }}};
+                        [this](int question, auto& take) { Answer(question, take); },
+                        [this](auto& name) { return permanent_addresses[name]; }}};
   std::string log;
 };
 
-const std::string kDmi = "/sys/class/dmi/id/", kMounts = "/proc/self/mountinfo";
-const std::string kRoot = "25 1 8:1 / / rw - ext4 /dev/sda1 rw\n";
+const std::string kMounts = "|/proc/self/mountinfo=",
+                  kRoot = kMounts + "25 1 8:1 / / rw - ext4 /dev/sda1 rw\n";
 
 TEST_F(LinuxMachineTest, SerialNumbersAreThoseOfFirmwareAndSystem) {
+  const std::string dmi = "|/sys/class/dmi/id/",
+                    tree = "|/sys/firmware/devicetree/base/serial-number=";
+  const std::string etc = "|/etc/machine-id=", bus = "|/var/lib/dbus/machine-id";
+  const std::string live = kMounts +
+                           "25 1 0:9 / / rw - overlay o rw,upperdir=/run/up,workdir=/w\n"
+                           "26 1 0:32 / /run rw shared:1 - ramfs b rw\n";
   // What there is, and the values of format 1.1 that come of it.
-  const std::tuple<Entries, std::string> computers[] = {
-      {{{kDmi + "product_uuid", "4C4C-"},
-        {kDmi + "product_serial", " PF0XYZ \n\n"},
-        {kDmi + "board_serial", "BOARD7\n"},
-        {"/sys/firmware/devicetree/base/serial-number", "unused"},
-        {"/etc/machine-id", "01\n"}},
+  const std::pair<std::string, std::string> computers[] = {
+      {dmi + "product_uuid=4C4C-" + dmi + "product_serial= PF0XYZ \n\n" + dmi +
+           "board_serial=BOARD7\n" + tree + "unused" + etc + "01\n",
        "4c4c-01 pf0xyz \nboard7"},
       // Not for everybody: what cannot be read is not there.
-      {{{kDmi + "product_uuid", "/"}, {kDmi + "board_serial", "/"}, {"/etc/machine-id", "id"}},
+      {dmi + "product_uuid/" + dmi + "product_serial/" + dmi + "board_serial/" + tree + "unused" +
+           etc + "id",
        "id"},
-      {{{kDmi + "product_uuid", "0000-0000\n"}, {kDmi + "board_serial", "\n"}}, ""},
-      {{{"/sys/firmware/devicetree/base/serial-number", std::string("10000abc\0", 9)}}, "10000abc"},
-      {{{"/sys/firmware/devicetree/base/serial-number", std::string("\0", 1)}}, ""},
-      {{{"/etc/machine-id", "uninitialized\n"}, {"/var/lib/dbus/machine-id", "bus"}}, "bus"},
-      {{{"/etc/machine-id", "\n"}, {"/var/lib/dbus/machine-id", "0000"}}, ""},
-      // A name for one boot, which hides that of the disk, by either path.
-      {{{"/etc/machine-id", "etc"},
-        {"/var/lib/dbus/machine-id", "->../../../etc/machine-id"},
-        {kMounts, kRoot + "26 1 0:32 / /etc/machine-id rw - tmpfs b rw\n"}},
+      {dmi + "product_uuid=0000-0000\n" + dmi + "board_serial=\n", ""},
+      {tree + "10000abc\0"s, "10000abc"},
+      {tree + "\0"s, ""},
+      {etc + "uninitialized\n" + bus + "=bus", "bus"},
+      {etc + "\n" + bus + "=0000", ""},
+      // A name for one boot hides that of the disk, by either path.
+      {etc + "etc" + bus + ">../../../etc/machine-id" + kRoot +
+           "26 1 0:32 / /etc/machine-id rw - tmpfs b rw\n",
        ""},
-      {{{"/etc/machine-id", "etc"}, {kMounts, kRoot + "26 1 0:32 / /etc/ma rw - tmpfs b rw\n"}},
-       "etc"},
-      // A container knows of the upper folder of its root only by name, unlike a live system.
-      {{{"/etc/machine-id", "etc"},
-        {kMounts,
-         "25 1 0:9 / / rw - overlay o rw,upperdir=/run/up,workdir=/w\n"
-         "26 1 0:32 / /run rw shared:1 - ramfs b rw\n"}},
-       "etc"},
-      {{{"/etc/machine-id", "etc"},
-        {"/run/up/file", ""},
-        {kMounts,
-         "25 1 0:9 / / rw - overlay o rw,upperdir=/run/up,workdir=/w\n"
-         "26 1 0:32 / /run rw shared:1 - ramfs b rw\n"}},
-       ""},
-      {{{"/etc/machine-id", "etc"},
-        {"/disk/up/file", ""},
-        {kMounts,
-         "25 1 0:9 / / rw - overlay o rw,upperdir=/disk/up\n"
-         "26 1 8:1 / /disk rw - ext4 b rw\n"}},
-       "etc"}};
+      {etc + "etc" + kRoot + "26 1 0:32 / /etc/ma rw - tmpfs b rw\n", "etc"},
+      {etc + "etc" + kRoot + "26 1 0:32 / / rw - tmpfs b rw\n27 1 8:1 / / rw - ext4 b rw\n", "etc"},
+      // A container knows the upper folder of its root by name only, unlike a live system.
+      {etc + "etc" + live, "etc"},
+      {etc + "etc" + live + "|/run/up/", ""},
+      {etc + "etc" + live + "27 1 8:1 / /run rw - ext4 b rw\n|/run/up/", "etc"}};
   for (const auto& [entries, values] : computers) {
-    Clear();
     Make(entries);
-    EXPECT_EQ(Read({1, 1}), values) << testing::PrintToString(entries);
+    EXPECT_EQ(Read({1, 1}), values) << entries;
   }
-  at_root.type =
-      RAMFS_MAGIC;  // All of it is lost with the next boot, and no list of mounts says so.
-  fs::remove(root + kMounts);
+  // All of it is lost with the next boot, and no list of mounts says so.
+  Make(etc + "etc");
+  at_root.type = RAMFS_MAGIC;
   EXPECT_EQ(Read({1, 1}), "");
 }
 
 TEST_F(LinuxMachineTest, VolumeIsThatOfTheFileSystemAtTheRoot) {
   const std::string uuid = "01020304-0506-0708-090a-0b0c0d0e0fab";
-  const auto bytes =
-      std::array<std::uint8_t, 16>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0xab};
-  const std::string by_uuid = "/dev/disk/by-uuid/", udev = "/run/udev/data/b";
-  const std::string number = "/sys/dev/block/", btrfs = "/sys/fs/btrfs/";
-  const std::string on_two = "25 1 0:31 / / rw - btrfs /dev/sda2 rw\n";
-  const Entries sda1 = {{kMounts, kRoot}, {number + "8:1", "->../../devices/block/sda/sda1"}};
-  const auto with = [](Entries all, const Entries& more) {
-    all.insert(all.end(), more.begin(), more.end());
-    return all;
-  };
+  const std::array<std::uint8_t, 16> bytes = {1, 2,  3,  4,  5,  6,  7,  8,
+                                              9, 10, 11, 12, 13, 14, 15, 0xab};
+  const std::string block = "|/sys/dev/block/",
+                    sda1 = kRoot + block + "8:1>../../devices/block/sda/sda1";
+  const std::string link = "|/dev/disk/by-uuid/", udev = "|/run/udev/data/b",
+                    btrfs = "|/sys/fs/btrfs/";
+  const std::string sda2 = kMounts + "25 1 0:31 / / rw - btrfs /dev/sda2 rw\n";
+  const std::string dm0 = kMounts + "25 1 254:0 / / rw - xfs /dev/mapper/vg-root rw\n";
   // What the kernel answers, what there is, and the volume.
-  const std::tuple<FileSystem, Entries, std::string> computers[] = {
-      {{EXT4_SUPER_MAGIC, bytes}, with(sda1, {{by_uuid + "other", "->../../sda1"}}), uuid},
-      {{XFS_SUPER_MAGIC, bytes}, {}, uuid},  // In a chroot.
-      {{EXT4_SUPER_MAGIC, {{}}}, with(sda1, {{by_uuid + "other", "->../../sda1"}}), ""},
+  const std::tuple<FileSystem, std::string, std::string> computers[] = {
+      {{EXT4_SUPER_MAGIC, bytes}, sda1 + link + "other>../../sda1", uuid},
+      {{XFS_SUPER_MAGIC, bytes}, "", uuid},  // In a chroot.
+      {{EXT4_SUPER_MAGIC, {{}}}, sda1 + link + "other>../../sda1", ""},
       // Kernels before 6.9, and file systems without such a UUID.
-      {{},
-       with(sda1, {{by_uuid + "b", "->../../sdb1"}, {by_uuid + "C0FF-EE", "->../../sda1"}}),
-       "c0ff-ee"},
-      {{}, with(sda1, {{by_uuid + "b", "->../../sdb1"}}), ""},
-      {{}, with(sda1, {{by_uuid + "0000-", "->../../sda1"}}), ""},
-      {{}, {{by_uuid + "b", "->../../sda1"}}, ""},
+      {{}, sda1 + link + "b>../../sdb1" + link + "C0FF-EE>../../sda1", "c0ff-ee"},
+      {{}, sda1 + link + "b>../../sdb1", ""},
+      {{}, sda1 + link + "0000->../../sda1", ""},
+      {{}, link + "b>../../sda1", ""},
       // The link of a copy hides that of the root.
+      {{}, sda1 + link + "same>../../sdb1" + udev + "8:1=E:A=1\nE:ID_FS_UUID=same\n", "same"},
       {{},
-       with(sda1,
-            {{by_uuid + "same", "->../../sdb1"}, {udev + "8:1", "E:A=1\nE:ID_FS_UUID=same\n"}}),
-       "same"},
-      {{}, with(sda1, {{udev + "8:1", "E:ID_FS_UUID=a b\nE:ID_FS_UUID_ENC=a\\x20b"}}), "a\\x20b"},
-      {{}, with(sda1, {{udev + "8:1", "S:disk\n"}, {by_uuid + "link", "->../../sda1"}}), "link"},
+       sda1 + udev + "8:1=E:ID_FS_UUID=a b\nE:ID_FS_UUID_ENC=a\\x20b" + link + "b>../../sda1",
+       "a\\x20b"},
+      {{}, sda1 + udev + "8:1=S:disk\n" + link + "b>../../sda1", "b"},
       // LVM or LUKS, by number and by source.
       {{},
-       {{kMounts, "25 1 254:0 / / rw - xfs /dev/mapper/vg-root rw\n"},
-        {number + "254:0", "->../../devices/virtual/block/dm-0"},
-        {by_uuid + "luks", "->../../sda2"},
-        {by_uuid + "fs", "->../../dm-0"}},
+       dm0 + block + "254:0>../../devices/virtual/block/dm-0" + link + "luks>../../sda2" + link +
+           "fs>../../dm-0",
        "fs"},
-      {{},
-       {{kMounts, "25 1 0:31 / / rw - f2fs /dev/mapper/root rw\n"},
-        {"/dev/mapper/root", "->../dm-0"},
-        {by_uuid + "fs", "->../../dm-0"}},
-       "fs"},
+      {{}, dm0 + "|/dev/mapper/vg-root>../dm-0" + link + "fs>../../dm-0", "fs"},
       // btrfs, on one device and on two, of which the link names the other.
-      {{}, {{kMounts, on_two}, {by_uuid + "one", "->../../sda2"}}, "one"},
+      {{}, sda2 + link + "one>../../sda2", "one"},
       {{},
-       {{kMounts, on_two},
-        {btrfs + "features/x", ""},
-        {btrfs + "two/devices/sda2", "/"},
-        {btrfs + "two/devices/sdb2", "/"},
-        {by_uuid + "two", "->../../sdb2"}},
+       sda2 + btrfs + "features/x/" + btrfs + "two/devices/sda2/" + btrfs + "two/devices/sdb2/" +
+           link + "b>../../sda2",
        "two"},
       {{},
-       {{kMounts, on_two},
-        {"/sys/class/block/sda2/dev", "8:2\n"},
-        {udev + "8:2", "E:ID_FS_UUID=udev"}},
+       sda2 + "|/sys/class/block/sda2/dev=8:2\n" + udev + "8:2=E:ID_FS_UUID=udev" + link +
+           "b>../../sda2",
        "udev"},
-      {{}, {{kMounts, kRoot}, {btrfs + "two/devices/sda1", "/"}}, ""},
-      {{},
-       {{kMounts, "25 1 0:40 / / rw - nfs4 host:/dev/sda2 rw\n"}, {by_uuid + "b", "->../../sda2"}},
-       ""},
+      {{}, kRoot + btrfs + "two/devices/sda1/", ""},
+      {{}, kMounts + "25 1 0:40 / / rw - nfs4 host:/dev/sda2 rw\n" + link + "b>../../sda2", ""},
       // Made anew at each boot, whatever UUID the kernel draws for it.
-      {{0, bytes}, {{kMounts, "25 1 0:9 / / rw - overlay o rw,upperdir=/disk/up\n"}}, ""},
-      {{OVERLAYFS_SUPER_MAGIC, bytes}, {}, ""},
-      {{0, bytes}, {{kMounts, kRoot + "26 25 0:30 / / rw - tmpfs t rw\n"}}, ""},
-      {{TMPFS_MAGIC, bytes}, {}, ""},
-      {{TMPFS_MAGIC, bytes}, {{kMounts, "no mount\n26 25 0:30 / /mnt rw - tmpfs t rw\n"}}, ""}};
+      {{0, bytes}, kMounts + "25 1 0:9 / / rw - overlay o rw,upperdir=/disk/up\n", ""},
+      {{OVERLAYFS_SUPER_MAGIC, bytes}, "", ""},
+      {{0, bytes}, kRoot + "26 25 0:30 / / rw - tmpfs t rw\n", ""},
+      {{TMPFS_MAGIC, bytes}, kMounts + "no mount\n26 25 0:30 / /mnt rw - ext4 t rw\n", ""}};
   for (const auto& [answer, entries, volume] : computers) {
-    Clear();
-    at_root = answer;
     Make(entries);
-    EXPECT_EQ(Read({2, 0}), volume) << testing::PrintToString(entries);
+    at_root = answer;
+    EXPECT_EQ(Read({2, 0}), volume) << entries;
   }
 }
 
-constexpr unsigned kUp = 0x1003, kDown = 0x1002;
-const std::string kMac = "00:00:00:00:00:0";
+const std::string kDevices =
+    "|/sys/devices/pci0/0000:02:00.0/driver>../../bus/pci/drivers/r8169"
+    "|/sys/devices/pci0/0000:02:00.0/subsystem>../../bus/pci"
+    "|/sys/devices/pci0/0000:0a:00.0/driver>../../bus/pci/drivers/e1000e"
+    "|/sys/devices/pci0/0000:0a:00.0/subsystem>../../bus/pci"
+    "|/sys/devices/pci0/0000:03:00.0/subsystem>../../bus/pci"
+    "|/sys/devices/pci0/0000:03:00.0/virtio0/driver>../../../bus/drivers/virtio_net"
+    "|/sys/devices/pci0/0000:03:00.0/virtio0/subsystem>../../../bus/virtio"
+    "|/sys/devices/usb1/1-1/subsystem>../../bus/usb";
 
 // How the kernel tells of interfaces: in full, before 5.6, and not at all to a sandbox.
 enum class Teller { kDump, kOldDump, kFolders };
 
 TEST_F(LinuxMachineTest, AdaptersHaveTheAddressThatStays) {
-  const Nic lo = {"lo", 0x9, kMac + "0", "0", "", ""};
-  const Nic eth0 = {"eth0", kUp, kMac + "2", "0", kMac + "2", "pci0/0000:02:00.0"};
-  const Nic eth1 = {"eth1", kDown, kMac + "1", "0", kMac + "1", "pci0/0000:0a:00.0"};
-  const auto uses = [](Nic nic, const std::string& address, const std::string& origin) {
-    nic.address = address;
-    nic.origin = origin;
-    return nic;
-  };
-  // The interfaces by index, the lines of the list, those of the PCI list, and the addresses that
-  // format 1.5 and format 1.4 take.
-  const std::string one = "eth0: " + kMac + "2: r8169\n", other = "eth1: " + kMac + "1: e1000e\n";
-  const std::string pci_one = "r8169: eth0\n", pci_other = "e1000e: eth1\n";
-  const std::tuple<std::vector<Nic>, std::string, std::string, std::string, std::string>
-      networks[] = {
-          {{lo, eth1, eth0}, other + one, pci_one + pci_other, kMac + "2", kMac + "1"},
-          {{lo, {"ens3", kUp, kMac + "3", "0", kMac + "3", "pci0/0000:00:03.0/virtio0"}, eth0},
-           "ens3: " + kMac + "3: virtio_net\n" + one,
-           "virtio_net: ens3\n" + pci_one,
-           kMac + "3",
-           kMac + "3"},
-          {{{"br0", kUp, kMac + "4", "3", "", ""},
-            {"usb0", kUp, kMac + "5", "0", kMac + "5", "usb1/1-1"}},
-           "br0: " + kMac + "4: \nusb0: " + kMac + "5: \n",
-           "",
-           kMac + "4",
-           kMac + "5"},
-          // Drawn at random: a bridge, and a cable into a container that does not say otherwise.
-          {{{"br0", kUp, kMac + "4", "1", "", ""}, {"veth1", kUp, kMac + "5", "1", "", ""}, eth0},
-           one,
-           pci_one,
-           kMac + "2",
-           kMac + "2"},
-          // In a bond all ports use the address of one of them, and so does a VLAN.
-          {{uses(eth0, kMac + "1", "3"),
-            uses(eth1, kMac + "1", "0"),
-            {"bond0", kUp, kMac + "1", "2", "", ""},
-            {"bond0.5", kUp, kMac + "1", "2", "", ""}},
-           one + other + "bond0: " + kMac + "1: \nbond0.5: " + kMac + "1: \n",
-           pci_one + pci_other,
-           kMac + "2",
-           kMac + "2"},
-          // Wi-Fi that draws an address for each network, by user space or by the kernel.
-          {{uses(eth0, "5e:00:00:00:00:0f", "3"), uses(eth1, "5e:00:00:00:00:0e", "1")},
-           one + other,
-           pci_one + pci_other,
-           kMac + "2",
-           kMac + "2"},
-          // InfiniBand, and a tunnel without any address.
-          {{{"ib0", kUp, kMac + "1:00:00", "0", kMac + "1:00:00", "pci0/0000:0a:00.0"},
-            {"tun0", kUp, "", "0", "", ""},
-            eth0},
-           one,
-           pci_one,
-           kMac + "2",
-           kMac + "2"}};
-  for (const auto& [nics, list, pci_list, chosen, legacy] : networks) {
+  const std::string pci = " pci0/0000:0", r8169 = pci + "2:00.0|", e1000e = pci + "a:00.0|";
+  // The interfaces by index, their list and that of those on the bus as they are logged, and the
+  // digits of the addresses that the formats 1.5 and 1.4 take.
+  const std::array<std::string, 4> networks[] = {
+      {"lo up 0 0|eth1 down 1 0 1" + e1000e + "eth0 up 2 0 2" + r8169, "eth1 1 e1000e|eth0 2 r8169",
+       "r8169: eth0\ne1000e: eth1\n", "21"},
+      {"ens3 up 3 0 3" + pci + "3:00.0/virtio0|eth0 up 2 0 2" + r8169,
+       "ens3 3 virtio_net|eth0 2 r8169", "r8169: eth0\nvirtio_net: ens3\n", "23"},
+      {"br0 up 4 3|usb0 up 5 0 5 usb1/1-1", "br0 4 |usb0 5 ", "", "45"},
+      // Drawn at random: a bridge, and a cable into a container that does not say otherwise.
+      {"br0 up 4 1|veth1 up 5 1|eth0 up 2 0 2" + r8169, "eth0 2 r8169", "r8169: eth0\n", "22"},
+      // In a bond all ports use the address of one of them, and so does a VLAN.
+      {"eth0 up 1 3 2" + r8169 + "eth1 up 1 0 1" + e1000e + "bond0 up 1 2|bond0.5 up 1 2",
+       "eth0 2 r8169|eth1 1 e1000e|bond0 1 |bond0.5 1 ", "r8169: eth0\ne1000e: eth1\n", "22"},
+      // Wi-Fi that draws an address for each network, by user space or by the kernel.
+      {"wlan0 up 8 3 2" + r8169 + "wlan1 up 9 1 1" + e1000e, "wlan0 2 r8169|wlan1 1 e1000e",
+       "r8169: wlan0\ne1000e: wlan1\n", "22"},
+      // InfiniBand, and a tunnel without any address.
+      {"ib0 up 1+ 0 1+" + e1000e + "tun0 up - 0|eth0 up 2 0 2" + r8169, "eth0 2 r8169",
+       "r8169: eth0\n", "22"}};
+  for (const auto& [lines, adapters, on_bus, chosen] : networks) {
     for (const Teller teller : {Teller::kDump, Teller::kOldDump, Teller::kFolders}) {
-      Clear();
-      Make({{"/sys/devices/pci0/0000:02:00.0/driver", "->../../bus/pci/drivers/r8169"},
-            {"/sys/devices/pci0/0000:02:00.0/subsystem", "->../../bus/pci"},
-            {"/sys/devices/pci0/0000:0a:00.0/driver", "->../../bus/pci/drivers/e1000e"},
-            {"/sys/devices/pci0/0000:0a:00.0/subsystem", "->../../bus/pci"},
-            {"/sys/devices/pci0/0000:00:03.0/subsystem", "->../../bus/pci"},
-            {"/sys/devices/pci0/0000:00:03.0/virtio0/driver", "->../../../bus/drivers/virtio_net"},
-            {"/sys/devices/pci0/0000:00:03.0/virtio0/subsystem", "->../../../bus/virtio"},
-            {"/sys/devices/usb1/1-1/subsystem", "->../../bus/usb"}});
+      Make(kDevices);
       std::vector<std::string> parts = {End(NLMSG_DONE, 0)};
-      for (std::size_t i = 0; i < nics.size(); ++i) {
-        const int index = static_cast<int>(i) + 1;
-        MakeFolder(nics[i], index);
-        parts.insert(parts.begin(), nics[i].Listed(index, teller == Teller::kDump));
-        const std::string permanent = AddressBytes(nics[i].permanent_address);
+      for (const std::string& line : Split(lines, '|')) {
+        const Nic nic(line);
+        const int index = static_cast<int>(parts.size());
+        AddFolder(nic, index);
+        parts.insert(parts.begin(), nic.Listed(index, teller == Teller::kDump));
+        const std::string permanent = Nic::AddressBytes(nic.permanent_address);
         if (permanent.size() == 6)
-          permanent.copy(reinterpret_cast<char*>(permanent_addresses[nics[i].name].data()), 6);
+          permanent.copy(reinterpret_cast<char*>(permanent_addresses[nic.name].emplace().data()),
+                         6);
       }
       if (teller != Teller::kFolders) dumps[RTM_GETLINK] = {parts};
-      EXPECT_EQ(Read({1, 5}), chosen) << list;
-      EXPECT_THAT(log, HasSubstr("Network Adapters List:\n\n" + list + "\n"))
-          << static_cast<int>(teller);
-      EXPECT_THAT(log, HasSubstr("PCI Network Adapters List:\n\n" + pci_list + "\n"));
-      EXPECT_EQ(Read({1, 4}), legacy);
+      std::string list = "] Network Adapters List:\n\n";
+      for (const std::string& adapter : Split(adapters, '|')) {
+        const std::vector<std::string> words = Split(adapter + " ", ' ');
+        list += words[0] + ": " + Nic::Address(words[1]) + ": " + words.at(2) + '\n';
+      }
+      EXPECT_EQ(Read({1, 5}), Nic::Address(chosen.substr(0, 1)));
+      EXPECT_THAT(log, HasSubstr(list.substr(2) + '\n')) << static_cast<int>(teller);
+      EXPECT_THAT(log, HasSubstr("PCI Network Adapters List:\n\n" + on_bus + '\n'));
+      EXPECT_EQ(Read({1, 4}), Nic::Address(chosen.substr(1)));
     }
   }
 }
 
 TEST_F(LinuxMachineTest, TheKernelsListCountsOnlyWhole) {
-  const Nic nic = {"eth0", kUp, kMac + "2", "0", kMac + "2", ""};
-  const Nic other = {"eth1", kUp, kMac + "7", "0", kMac + "7", ""};
-  const std::string listed = nic.Listed(1, true), done = End(NLMSG_DONE, 0);
-  std::string interrupted =
-      Message(RTM_NEWLINK, other.Listed(1, true).substr(sizeof(nlmsghdr)), NLM_F_DUMP_INTR);
-  interrupted += done;
-  // What the kernel answers, and the address that comes of it; that of the folder is in use.
+  const std::string listed = Nic("eth0 up 2 0 2").Listed(1), done = End(NLMSG_DONE, 0);
+  const std::string interrupted = Nic("eth0 up 7 0 7").Listed(1, true, NLM_F_DUMP_INTR) + done;
+  // What the kernel answers, in parts and again and again, and the digit of the address that comes
+  // of it: 3 is that of the folder.
   const std::pair<std::vector<std::vector<std::string>>, std::string> answers[] = {
-      {{{listed + done}}, kMac + "2"},
-      {{{listed, done}}, kMac + "2"},
-      {{{Message(NLMSG_NOOP, ""), listed + Message(RTM_NEWADDR, "odd") + done}}, kMac + "2"},
-      {{{interrupted}, {interrupted}, {listed + done}}, kMac + "2"},
-      {{{interrupted}}, kMac + "3"},  // For ever.
-      {{{listed}}, kMac + "3"},
-      {{{listed, done.substr(0, 10)}}, kMac + "3"},
-      {{{listed.substr(0, listed.size() - 8)}}, kMac + "3"},
-      {{{listed + std::string(16, '\0')}}, kMac + "3"},
-      {{{listed + End(NLMSG_DONE, -EPERM)}}, kMac + "3"},
-      {{{End(NLMSG_ERROR, -EOPNOTSUPP)}}, kMac + "3"},
-      {{{Message(RTM_NEWLINK, "short") + done}}, kMac + "3"},
-      {{{Nic{"veth", kUp, kMac + "9", "1", "", ""}.Listed(1, true) + done}}, kMac + "3"}};
-  MakeFolder({"eth0", kUp, kMac + "3", "0", "", ""}, 1);
-  Make({{"/sys/class/net/bonding_masters", "\n"}});
-  for (const auto& [answer, address] : answers) {
+      {{{listed + done}}, "2"},
+      {{{listed, done}}, "2"},
+      {{{Message(NLMSG_NOOP, "") + listed + Message(RTM_NEWADDR, "odd") + done}}, "2"},
+      {{{interrupted}, {interrupted}, {listed + done}}, "2"},
+      {{{interrupted}}, "3"},  // For ever.
+      {{{listed}}, "3"},
+      {{{listed, done.substr(0, 10)}}, "3"},
+      {{{listed.substr(0, listed.size() - 8)}}, "3"},
+      {{{listed + std::string(16, '\0')}}, "3"},
+      {{{listed + End(NLMSG_DONE, -EPERM)}}, "3"},
+      {{{listed + End(NLMSG_ERROR, 0)}}, "3"},
+      {{{Message(RTM_NEWLINK, "short") + done}}, "3"},
+      {{{Nic("veth up 9 1").Listed(1) + done}}, "3"},
+      // This process has another interface of that name than the folder.
+      {{{Nic("eth0 up -").Listed(1) + done}}, "-"}};
+  AddFolder(Nic("eth0 up 3 0"), 1);
+  Add("/sys/class/net/bonding_masters=\n");
+  for (const auto& [answer, digit] : answers) {
     dumps[RTM_GETLINK] = answer;
-    EXPECT_EQ(Read({1, 5}), address);
+    EXPECT_EQ(Read({1, 5}), Nic::Address(digit));
   }
-  // An interface that the kernel lists for this process is not another one of the same name.
-  dumps[RTM_GETLINK] = {{Nic{"eth0", kUp, "", "0", "", ""}.Listed(1, true) + done}};
-  EXPECT_EQ(Read({1, 5}), "");
   for (const int error : {ENOMEM, ENOBUFS}) {
     dumps[RTM_GETLINK] = {{End(NLMSG_ERROR, -error)}};
     EXPECT_THROW(Read({1, 5}), std::runtime_error);
@@ -414,22 +352,21 @@ TEST_F(LinuxMachineTest, TheKernelsListCountsOnlyWhole) {
 }
 
 TEST_F(LinuxMachineTest, IpEnabledMeansUpAndWithAnAddress) {
-  std::string list, addresses = AddressOf(1, AF_PACKET) + AddressOf(2, AF_INET);
-  const unsigned flags[] = {kUp, kDown, kUp, kUp};
-  for (int i = 0; i < 4; ++i) {
-    const std::string mac = kMac + std::to_string(i);
-    list += Nic{"eth" + std::to_string(i), flags[i], mac, "0", mac, ""}.Listed(i + 1, true);
-  }
-  dumps[RTM_GETLINK] = {{list + End(NLMSG_DONE, 0)}};
-  const auto rows = [this] {
-    return machine.LookAtHardware()->QueryWmi(
-        L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE");
+  const auto has_address = [](unsigned index, int family) {
+    return Message(RTM_NEWADDR,
+                   Bytes(ifaddrmsg{static_cast<unsigned char>(family), 0, 0, 0, index}));
   };
-  for (const int family : {AF_INET, AF_INET6}) {
-    EXPECT_TRUE(rows().empty());
-    dumps[RTM_GETADDR] = {{addresses + AddressOf(4, family) + End(NLMSG_DONE, 0)}};
-    EXPECT_EQ(rows(), (std::vector<WmiRow>{{{L"MACAddress", L"00:00:00:00:00:03"}}}));
-    dumps.erase(RTM_GETADDR);
+  dumps[RTM_GETLINK] = {{Nic("a up 1 0 1").Listed(1) + Nic("b down 2 0 2").Listed(2) +
+                         Nic("c up 3 0 3").Listed(3) + Nic("d up 4 0 4").Listed(4) +
+                         End(NLMSG_DONE, 0)}};
+  for (const int family : {AF_INET, AF_INET6, AF_PACKET}) {
+    dumps[RTM_GETADDR] = {{has_address(1, AF_PACKET) + has_address(2, AF_INET) +
+                           has_address(4, family) + End(NLMSG_DONE, 0)}};
+    std::vector<WmiRow> expected = {{{L"MACAddress", L"00:00:00:00:00:04"}}};
+    if (family == AF_PACKET) expected.clear();
+    EXPECT_EQ(machine.LookAtHardware()->QueryWmi(
+                  L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE"),
+              expected);
   }
 }
 
@@ -447,37 +384,31 @@ TEST(Kernel, AnswersWhatFoldersAndProgramsSay) {
   const auto list = ListInterfacesOfKernel(kernel);
   const auto indexes = ListIndexesWithIpAddress(kernel);
   if (!list || !indexes) GTEST_SKIP() << "The kernel does not list interfaces for this process.";
-  std::string by_kernel;
+  std::stringstream by_kernel, with_ip_address;
   for (const ListedInterface& listed : list->interfaces) {
     EXPECT_EQ(kernel.permanent_address(listed.name), listed.permanent_address);
     if (!listed.address) continue;
     const std::string folder = "/sys/class/net/" + listed.name;
-    const std::string address = FormatMacAddress(listed.address->data());
-    const bool is_loopback = (listed.flags & IFF_LOOPBACK) != 0;
-    EXPECT_EQ(address + '\n', ReadFileText(folder + "/address"));
-    if (!is_loopback && ReadFileText(folder + "/addr_assign_type") == "0\n") {
+    const unsigned long flags = std::stoul(ReadFileText(folder + "/flags"), nullptr, 16);
+    EXPECT_EQ(listed.flags & (IFF_UP | IFF_LOOPBACK), flags & (IFF_UP | IFF_LOOPBACK));
+    const bool is_permanent = ReadFileText(folder + "/addr_assign_type") == "0\n";
+    if (is_permanent && (flags & IFF_LOOPBACK) == 0) {
       EXPECT_EQ(listed.permanent_address, listed.address);
     }
-    by_kernel += std::to_string(listed.index) + ' ' + listed.name +
-                 ((listed.flags & IFF_UP) != 0 ? " up " : " down ") +
-                 (is_loopback ? "loopback " : "ether ") + address + '\n';
+    by_kernel << listed.index << ' ' << listed.name << ' '
+              << FormatMacAddress(listed.address->data()) << '\n';
   }
-  EXPECT_EQ(
-      by_kernel,
-      OutputOf("ip -o link | sed -E 's/<.*[<,]UP[,>]/up </; t up; s/</down </; :up' | sed -En "
-               "'s/^([0-9]+): ([^:@]+)[^ ]* (up|down) .* link.(ether|loopback) "
-               "([0-9a-f:]{17}) .*/\\1 \\2 \\3 \\4 \\5/p'"));
-  std::string with_address;
-  for (const long index : std::set(indexes->begin(), indexes->end())) {
-    with_address += std::to_string(index) + '\n';
-  }
-  EXPECT_EQ(with_address, OutputOf("ip -o address | sed 's/:.*//' | sort -nu"));
+  for (const long index : std::set(indexes->begin(), indexes->end()))
+    with_ip_address << index << '\n';
+  EXPECT_EQ(by_kernel.str(), OutputOf("ip -o link | sed -En 's/^([0-9]+): ([^:@]+).* "
+                                      "link.(ether|loopback) ([0-9a-f:]{17}) .*/\\1 \\2 \\4/p'"));
+  EXPECT_EQ(with_ip_address.str(), OutputOf("ip -o address | sed 's/:.*//' | sort -nu"));
 }
 
 TEST(Kernel, TellsOfFileSystems) {
   for (const std::string path : {"/", "/dev/shm"}) {
     const FileSystem found = AskKernel().file_system(path);
-    EXPECT_EQ(Hexadecimal(found.type) + '\n', OutputOf("stat -f -c %t " + path));
+    EXPECT_EQ(found.type, std::stoul(OutputOf("stat -f -c %t " + path), nullptr, 16));
     if (!found.uuid || found.type != TMPFS_MAGIC) continue;
     // The number that such a file system has for programs is made of its UUID.
     struct statvfs status = {};
@@ -495,37 +426,38 @@ long CountDescriptors() {
 // A host at its limit may ask again; an id that was given up for a value that seemed to be missing
 // is lost.
 TEST_F(LinuxMachineTest, WithoutDescriptorsTheCallFailsAndNothingIsStored) {
-  Make({{kDmi + "product_serial", "PF0XYZ"},
-        {kDmi + "board_serial", "BOARD7"},
-        {"/etc/machine-id", "id"},
-        {kMounts, kRoot + "26 1 0:9 / /a rw - ext4 b rw\n"},
-        {"/sys/class/net/eth/address", kMac + "2"}});
+  Make(kRoot +
+       "|/etc/machine-id=id|/sys/class/dmi/id/product_serial=PF0XYZ|/sys/class/net/a/flags=");
   setenv("XDG_DATA_HOME", root.c_str(), 1);
   LinuxMachine asks_kernel(root, AskKernel());
   SetPresentMachine(&asks_kernel);
   ASSERT_EQ(GetId("2.0").result, 0);
-  const std::string id = pc.Common("device.idv2"), record = pc.Common("hid_settings");
+  const auto stored = [this] {
+    return ReadFileText(root + "/var/lib/BrindleQuayWorks/device.idv2") +
+           ReadFileText(root + "/var/lib/BrindleQuayWorks/hid_settings");
+  };
   const long descriptors = CountDescriptors();
   int failures = 0;
-  for (bool failed = true; failed; ++failures) {
-    const auto stored = std::pair(ReadFileText(id), ReadFileText(record));
+  for (bool failed = true; failed; failures += failed ? 1 : 0) {
+    const std::string before = stored();
     FailingOpen failing(failures + 1);
     const Reply reply = Recheck("2.0");
     failed = failing.failed();
     EXPECT_EQ(reply.result, failed ? 3 : 0) << reply;
     if (!failed) break;
-    EXPECT_THAT(reply.Lines().back(),
-                testing::MatchesRegex("\\[Error. Error in RecheckHardwareId: .+: EMFILE, too many "
-                                      "open files in the process"));
-    EXPECT_EQ(std::pair(ReadFileText(id), ReadFileText(record)), stored);
+    EXPECT_THAT(
+        reply.Lines().back(),
+        testing::MatchesRegex(
+            ".Error. Error in RecheckHardwareId: .+: EMFILE, too many open files in the process"));
+    EXPECT_EQ(stored(), before);
   }
   EXPECT_GT(failures, 20);  // Of two collections.
   EXPECT_EQ(CountDescriptors(), descriptors);
 }
 
 TEST_F(LinuxMachineTest, WithoutMemoryALookAtTheHardwareFails) {
-  Make({{"/etc/machine-id", "id"}, {kMounts, kRoot}, {"/dev/disk/by-uuid/c0ffee", "->../../sda1"}});
-  MakeFolder({"eth0", kUp, kMac + "2", "0", "", "pci0/0000:02:00.0"}, 1);
+  Make(kRoot + kDevices + "|/etc/machine-id=id|/dev/disk/by-uuid/c0ffee>../../sda1");
+  AddFolder(Nic("eth0 up 2 0 - pci0/0000:02:00.0"), 1);
   for (int nth = 1;; ++nth) {
     FailingNew memory(nth, false);
     bool threw = false;
