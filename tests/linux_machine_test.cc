@@ -186,6 +186,7 @@ TEST_F(LinuxMachineTest, SerialNumbersAreThoseOfFirmwareAndSystem) {
        ""},
       {etc + "etc" + kRoot + "26 1 0:32 / /etc/ma rw - tmpfs b rw\n", "etc"},
       {etc + "etc" + kRoot + "26 1 0:32 / / rw - tmpfs b rw\n27 1 8:1 / / rw - ext4 b rw\n", "etc"},
+      {etc + "etc" + kMounts + std::string(5000, 'x') + "\n1 1 0:9 / /etc rw - tmpfs b rw\n", ""},
       // A container knows the upper folder of its root by name only, unlike a live system.
       {etc + "etc" + live, "etc"},
       {etc + "etc" + live + "|/run/up/", ""},
@@ -243,6 +244,7 @@ TEST_F(LinuxMachineTest, VolumeIsThatOfTheFileSystemAtTheRoot) {
            "b>../../sda2",
        "udev"},
       {{}, kRoot + btrfs + "two/devices/sda1/", ""},
+      {{}, kMounts + "25 1 0:31 / / rw - btrfs none rw\n" + btrfs + "two/devices/sda2/", ""},
       {{}, kMounts + "25 1 0:40 / / rw - nfs4 host:/dev/sda2 rw\n" + link + "b>../../sda2", ""},
       // Made anew at each boot, whatever UUID the kernel draws for it.
       {{0, bytes}, kMounts + "25 1 0:9 / / rw - overlay o rw,upperdir=/disk/up\n", ""},
@@ -321,20 +323,23 @@ TEST_F(LinuxMachineTest, AdaptersHaveTheAddressThatStays) {
 TEST_F(LinuxMachineTest, TheKernelsListCountsOnlyWhole) {
   const std::string listed = Nic("eth0 up 2 0 2").Listed(1), done = End(NLMSG_DONE, 0);
   const std::string interrupted = Nic("eth0 up 7 0 7").Listed(1, true, NLM_F_DUMP_INTR) + done;
+  std::string gone = Nic("eth0 up 5 0 5").Listed(0);
+  gone[offsetof(nlmsghdr, nlmsg_type)] = RTM_DELLINK;
+  permanent_addresses["veth"] = MacAddress{9};  // As asked one by one, which is not needed here.
   // What the kernel answers, in parts and again and again, and the digit of the address that comes
   // of it: 3 is that of the folder.
   const std::pair<std::vector<std::vector<std::string>>, std::string> answers[] = {
       {{{listed + done}}, "2"},
       {{{listed, done}}, "2"},
-      {{{Message(NLMSG_NOOP, "") + listed + Message(RTM_NEWADDR, "odd") + done}}, "2"},
+      {{{Message(NLMSG_NOOP, "") + gone + listed + done}}, "2"},
       {{{interrupted}, {interrupted}, {listed + done}}, "2"},
       {{{interrupted}}, "3"},  // For ever.
       {{{listed}}, "3"},
       {{{listed, done.substr(0, 10)}}, "3"},
-      {{{listed.substr(0, listed.size() - 8)}}, "3"},
+      {{{listed.substr(0, listed.size() - 8), done}}, "3"},
       {{{listed + std::string(16, '\0')}}, "3"},
       {{{listed + End(NLMSG_DONE, -EPERM)}}, "3"},
-      {{{listed + End(NLMSG_ERROR, 0)}}, "3"},
+      {{{listed + End(NLMSG_ERROR, 0)}, {listed + done}}, "3"},
       {{{Message(RTM_NEWLINK, "short") + done}}, "3"},
       {{{Nic("veth up 9 1").Listed(1) + done}}, "3"},
       // This process has another interface of that name than the folder.
@@ -440,7 +445,7 @@ TEST_F(LinuxMachineTest, WithoutDescriptorsTheCallFailsAndNothingIsStored) {
   int failures = 0;
   for (bool failed = true; failed; failures += failed ? 1 : 0) {
     const std::string before = stored();
-    FailingOpen failing(failures + 1);
+    FailingOpen failing(failures + 1, EMFILE);
     const Reply reply = Recheck("2.0");
     failed = failing.failed();
     EXPECT_EQ(reply.result, failed ? 3 : 0) << reply;
@@ -452,6 +457,11 @@ TEST_F(LinuxMachineTest, WithoutDescriptorsTheCallFailsAndNothingIsStored) {
     EXPECT_EQ(stored(), before);
   }
   EXPECT_GT(failures, 20);  // Of two collections.
+  const std::string values = Read({1, 1});
+  for (int nth = 1; nth < failures / 2; ++nth) {
+    const FailingOpen interrupted(nth, EINTR);
+    EXPECT_EQ(Read({1, 1}), values);
+  }
   EXPECT_EQ(CountDescriptors(), descriptors);
 }
 

@@ -1,5 +1,8 @@
 #include "support/failing_allocation.h"
 
+#include <fcntl.h>
+#include <sys/socket.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <new>
@@ -28,6 +31,7 @@ struct Countdown {
 thread_local Countdown new_countdown;
 thread_local Countdown malloc_countdown;
 thread_local Countdown open_countdown;
+thread_local int open_error = 0;
 
 void* Allocate(std::size_t size) {
   if (new_countdown.FailsNow()) return nullptr;
@@ -41,14 +45,18 @@ extern "C" void* __wrap_malloc(std::size_t size) {
   return malloc_countdown.FailsNow() ? nullptr : __real_malloc(size);
 }
 
+// No open may leave a descriptor to a program that the host starts meanwhile.
 extern "C" int __wrap_openat(int folder, const char* path, int flags, unsigned mode) {
-  errno = EMFILE;
+  if ((flags & O_CLOEXEC) == 0) std::abort();
+  errno = open_error;
   return open_countdown.FailsNow() ? -1 : __real_openat(folder, path, flags, mode);
 }
 
 extern "C" int __wrap_socket(int family, int type, int protocol) {
-  errno = EMFILE;
-  return open_countdown.FailsNow() ? -1 : __real_socket(family, type, protocol);
+  if ((type & SOCK_CLOEXEC) == 0) std::abort();
+  const bool can_fail = open_error != EINTR;  // Nothing interrupts it.
+  errno = open_error;
+  return can_fail && open_countdown.FailsNow() ? -1 : __real_socket(family, type, protocol);
 }
 
 void* operator new(std::size_t size) {
@@ -68,7 +76,10 @@ bool FailingNew::failed() const { return new_countdown.failed; }
 FailingMalloc::FailingMalloc(int nth) { malloc_countdown = {nth, false, false}; }
 FailingMalloc::~FailingMalloc() { malloc_countdown = {}; }
 
-FailingOpen::FailingOpen(int nth) { open_countdown = {nth, false, false}; }
+FailingOpen::FailingOpen(int nth, int error) {
+  open_countdown = {nth, false, false};
+  open_error = error;
+}
 FailingOpen::~FailingOpen() { open_countdown = {}; }
 bool FailingOpen::failed() const { return open_countdown.failed; }
 

@@ -22,11 +22,11 @@ class FailingMalloc {
   ~FailingMalloc();
 };
 
-// While it lives, the open number `nth` on this thread, counted from 1, finds no descriptor left: a
-// file opened with openat, or a socket.
+// While it lives, the open number `nth` on this thread, counted from 1, fails with `error`: a file
+// opened with openat, or a socket.
 class FailingOpen {
  public:
-  explicit FailingOpen(int nth);
+  FailingOpen(int nth, int error);
   ~FailingOpen();
 
   bool failed() const;

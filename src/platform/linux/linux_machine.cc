@@ -24,13 +24,10 @@ WmiValue ToValue(const std::optional<std::string>& text) {
 }
 
 std::optional<std::string> SystemUuid(const std::string& root) {
-  if (Exists(root + kDmi)) {
-    return OnlyRealUuid(ReadValue(root + kDmi + "/product_uuid"));
-  }
+  if (Exists(root + kDmi)) return OnlyRealUuid(ReadValue(root + kDmi + "/product_uuid"));
   // Texts of the device tree end in a zero byte, which is not a part of them.
   auto serial = ReadValue(root + "/sys/firmware/devicetree/base/serial-number");
   if (serial) serial->erase(std::min(serial->size(), serial->find('\0')));
-  if (serial && serial->empty()) return std::nullopt;
   return OnlyRealUuid(serial);
 }
 

@@ -34,7 +34,6 @@ std::optional<std::string> ReadValue(const std::string& path, int folder) {
     return std::nullopt;
   }
   if (value.ends_with('\n')) value.pop_back();
-  if (value.empty()) return std::nullopt;
   return value;
 }
 
@@ -64,7 +63,7 @@ std::optional<std::string> LinkTarget(const std::string& path) {
 
 std::optional<std::string> LinkedName(const std::string& path) {
   const auto target = LinkTarget(path);
-  if (!target || target->ends_with('/')) return std::nullopt;
+  if (!target) return std::nullopt;
   return LastName(*target);
 }
 

@@ -20,7 +20,7 @@ namespace system_info {
 // `folder`.
 Descriptor OpenToRead(const std::string& path, int flags = 0, int folder = AT_FDCWD);
 
-// What the file holds, without one line end at its end. None if it cannot be read or is empty.
+// What the file holds, without one line end at its end. None if it cannot be read.
 std::optional<std::string> ReadValue(const std::string& path, int folder = AT_FDCWD);
 
 // A whole number in base 10, or in base 16 with a leading "0x". None if the file holds none.
@@ -40,7 +40,7 @@ std::vector<std::string> NamesIn(const std::string& folder);
 // What follows the last separator.
 std::string LastName(const std::string& path);
 
-// `uuid`, or none if nothing is left of it without its dashes and zeros.
+// `uuid`, or none if nothing is left of it without dashes and zeros.
 std::optional<std::string> OnlyRealUuid(std::optional<std::string> uuid);
 
 }  // namespace system_info
