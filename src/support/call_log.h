@@ -32,6 +32,11 @@ class HIDLog {
   // The same for wide text, as far as ToNarrow can convert it.
   void WriteWide(const std::wstring& message, LogLevel level);
 
+  // Appends the lines of `other` with the times that they have.
+  void Append(const HIDLog& other) {
+    if (enabled_) text_ += other.text_;
+  }
+
   // All lines so far.
   const std::string& text() const { return text_; }
 

@@ -71,7 +71,9 @@ WholeFile Read(const std::wstring& path, std::string& content) {
 
 // Clears `complete` if the system took only a part of `content`.
 WholeFile Write(const std::wstring& path, const std::string& content, bool& complete) {
-  if (FileOverlay* overlay = PresentFileOverlay()) return overlay->WriteWholeFile(path, content);
+  if (FileOverlay* overlay = PresentFileOverlay()) {
+    return overlay->WriteWholeFile(path, content, complete);
+  }
   const UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file.valid()) return WholeFile::kNotOpened;

@@ -34,8 +34,10 @@ class FileOverlay {
   // Replaces `content` by the first 8191 bytes of the file; empty for an empty file. A missing file
   // is left behind empty.
   virtual WholeFile ReadWholeFile(const std::wstring& path, std::string& content) = 0;
-  // Writes over the start of the file, without truncating it.
-  virtual WholeFile WriteWholeFile(const std::wstring& path, const std::string& content) = 0;
+  // Writes over the start of the file, without truncating it. Clears `complete` if the system would
+  // take only a part of `content`.
+  virtual WholeFile WriteWholeFile(const std::wstring& path, const std::string& content,
+                                   bool& complete) = 0;
 
   // Both give a number for the open file, or -1. The second makes or empties the file.
   virtual int OpenToRead(const std::string& path) = 0;

@@ -52,6 +52,9 @@ class ScriptedMachine : public Machine {
     wmi[class_text].at(0)[property] = value;
   }
 
+  // The temporary folder.
+  const std::string& folder() const { return folder_; }
+
   // Paths below "BrindleQuayWorks", or below the old folder.
   std::string Common(const std::string& n) const {
     return folder_ + "/common/BrindleQuayWorks/" + n;

@@ -1,0 +1,239 @@
+#include "platform/file_rights.h"
+
+#include <fcntl.h>
+#include <linux/capability.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <memory>
+#include <string_view>
+
+#include "platform/linux/layer_state.h"
+#include "platform/linux/linux_folders.h"
+#include "platform/linux/machine.h"
+#include "platform/linux/out_of_resources.h"
+#include "platform/linux/runtime_api.h"
+
+namespace system_info {
+namespace {
+
+// More than any file that the library made has, so that one look opens a file once.
+constexpr std::size_t kStart = 1U << 16;
+
+constexpr mode_t kUsualMask = 022;
+
+// What the kernel tells of a name, without a step through a link.
+using Status = struct statx;
+
+bool ReadStatus(int folder, const char* name, Status& status) {
+  return statx(folder, name, AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) == 0;
+}
+
+bool HasCapability(unsigned capability) {
+  __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+  std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets = {};
+  if (syscall(SYS_capget, &header, sets.data()) != 0) return geteuid() == 0;
+  return (sets.at(CAP_TO_INDEX(capability)).effective & CAP_TO_MASK(capability)) != 0;
+}
+
+// By the ids and powers that count for an open. A file system that cannot be written and a file
+// that nobody may change refuse here, too.
+bool Permits(int folder, const char* name, int mode) {
+  return faccessat(folder, name, mode, AT_EACCESS) == 0;
+}
+
+std::string FolderOf(const std::string& name) {
+  const std::size_t separator = name.rfind('/');
+  if (separator == std::string::npos) return ".";
+  return name.substr(0, separator == 0 ? 1 : separator);
+}
+
+// In a sticky folder a name goes with the owner of the file or of the folder only.
+bool IsStuck(const Status& folder, const Status& file) {
+  const uid_t user = geteuid();
+  return (folder.stx_mode & S_ISVTX) != 0 && file.stx_uid != user && folder.stx_uid != user &&
+         !HasCapability(CAP_FOWNER);
+}
+
+bool IsAppendOnly(const Status& status) { return (status.stx_attributes & STATX_ATTR_APPEND) != 0; }
+
+bool IsFixed(const Status& status) {
+  return (status.stx_attributes & (STATX_ATTR_APPEND | STATX_ATTR_IMMUTABLE)) != 0;
+}
+
+Standing StandingOf(const Status& status) {
+  if (S_ISREG(status.stx_mode)) return Standing::kFile;
+  if (S_ISDIR(status.stx_mode)) return Standing::kFolder;
+  return S_ISLNK(status.stx_mode) ? Standing::kLink : Standing::kOther;
+}
+
+// Without a trace where the system allows that: the time of the last access stays for the owner.
+Descriptor OpenToLook(const Location& location) {
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
+  const auto open_with = [&](int flags) {
+    return Descriptor(
+        RepeatInterrupted([&] { return openat(location.folder(), location.name(), flags); }));
+  };
+  Descriptor file = open_with(kFlags | O_NOATIME);
+  return file.valid() || errno != EPERM ? std::move(file) : open_with(kFlags);
+}
+
+// False if the system fails to read.
+bool ReadInto(std::string& bytes, int file, std::uint64_t offset, std::size_t size) {
+  bytes.resize(size);
+  std::size_t count = 0;
+  while (count < size) {
+    const ssize_t part = RepeatInterrupted([&] {
+      return pread(file, bytes.data() + count, size - count, static_cast<off_t>(offset + count));
+    });
+    if (part < 0) return false;
+    if (part == 0) break;
+    count += static_cast<std::size_t>(part);
+  }
+  bytes.resize(count);
+  return true;
+}
+
+Holder HolderOf(int file) {
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  if (fcntl(file, F_OFD_GETLK, &lock) != 0 || lock.l_type == F_UNLCK) return Holder::kNobody;
+  return lock.l_type == F_RDLCK ? Holder::kReader : Holder::kWriter;
+}
+
+void LookAtFile(const Location& location, const Status& status, FileFacts& facts) {
+  facts.may_write = Permits(location.folder(), location.name(), W_OK) && !IsAppendOnly(status);
+  facts.may_empty = facts.may_write;
+  const Descriptor file = OpenToLook(location);
+  if (!file.valid()) {
+    ThrowIfOutOfResources(errno, location.name());
+    return;
+  }
+  facts.may_read = true;
+  // Who deletes a file opens it first.
+  facts.may_delete = true;
+  facts.holder = HolderOf(file.get());
+  facts.read_failed = !ReadInto(facts.start, file.get(), 0, kStart);
+  if (facts.read_failed) facts.start.clear();
+  facts.longer = facts.start.size() == kStart;
+}
+
+// As state files follow links.
+void LookAtLink(const std::string& path, const Location& location, const Status& status,
+                FileFacts& facts) {
+  std::array<char, PATH_MAX> target = {};
+  const ssize_t length =
+      readlinkat(location.folder(), location.name(), target.data(), target.size());
+  if (length < 0) return;
+  const std::string text(target.data(), static_cast<std::size_t>(length));
+  facts.target = text.starts_with('/') ? text : path.substr(0, path.rfind('/') + 1) + text;
+  facts.trusted = status.stx_uid == 0 || status.stx_uid == geteuid();
+  struct stat behind = {};
+  facts.followed = fstatat(location.folder(), location.name(), &behind, 0) == 0 || errno == ENOENT;
+}
+
+// The mask of the process, which can only be asked by changing it, but for this file.
+mode_t PresentMask() {
+  const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(
+      std::fopen("/proc/self/status", "re"), &std::fclose);
+  if (file == nullptr) return kUsualMask;
+  constexpr std::string_view kName = "Umask:";
+  std::array<char, 256> line = {};
+  while (std::fgets(line.data(), line.size(), file.get()) != nullptr) {
+    if (!std::string_view(line.data()).starts_with(kName)) continue;
+    return static_cast<mode_t>(std::strtoul(line.data() + kName.size(), nullptr, 8));
+  }
+  return kUsualMask;
+}
+
+}  // namespace
+
+std::string SystemPath(const std::string& narrow) { return narrow; }
+
+std::string SystemPath(const std::wstring& wide) {
+  std::array<char, PATH_MAX + MB_LEN_MAX> buffer = {};
+  std::mbstate_t state = {};
+  const wchar_t* rest = wide.c_str();
+  const std::size_t length = (wcsrtombs)(buffer.data(), &rest, PATH_MAX, &state);
+  return length < PATH_MAX ? std::string(buffer.data(), length) : std::string();
+}
+
+std::optional<std::string> FolderIdentity(const std::string& path) {
+  const Location location(path);
+  struct stat status = {};
+  if (!location.valid() || fstatat(location.folder(), location.name(), &status, 0) != 0) {
+    ThrowIfOutOfResources(errno, path.c_str());
+    return std::nullopt;
+  }
+  if (!S_ISDIR(status.st_mode)) return std::nullopt;
+  return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
+}
+
+FileFacts LookAt(const std::string& path) {
+  FileFacts facts;
+  const Location location(path);
+  const std::string folder_name = FolderOf(location.name());
+  Status folder = {};
+  if (!location.valid() || !ReadStatus(location.folder(), (folder_name + "/").c_str(), folder)) {
+    ThrowIfOutOfResources(errno, path.c_str());
+    return facts;
+  }
+  facts.may_make_file = Permits(location.folder(), folder_name.c_str(), W_OK | X_OK);
+  facts.may_make_folder = facts.may_make_file;
+  facts.may_remove_name = facts.may_make_file && !IsAppendOnly(folder);
+  Status status = {};
+  if (!ReadStatus(location.folder(), location.name(), status)) {
+    ThrowIfOutOfResources(errno, path.c_str());
+    if (errno == ENOENT) facts.standing = Standing::kNothing;
+    return facts;
+  }
+  facts.standing = StandingOf(status);
+  if (IsFixed(status) || IsStuck(folder, status)) facts.may_remove_name = false;
+  if (facts.standing == Standing::kFile) LookAtFile(location, status, facts);
+  if (facts.standing == Standing::kLink) LookAtLink(path, location, status, facts);
+  return facts;
+}
+
+std::optional<std::string> ReadPart(const std::string& path, std::uint64_t offset,
+                                    std::size_t size) {
+  const Location location(path);
+  if (!location.valid()) return std::nullopt;
+  const Descriptor file = OpenToLook(location);
+  std::string bytes;
+  if (!file.valid() || !ReadInto(bytes, file.get(), offset, size)) return std::nullopt;
+  return bytes;
+}
+
+OwnRights RightsOfNew() {
+  if (HasCapability(CAP_DAC_OVERRIDE)) return {};
+  const mode_t mask = PresentMask();
+  return {(mask & S_IRUSR) == 0, (mask & S_IWUSR) == 0, (mask & S_IXUSR) == 0};
+}
+
+bool IsMadeWhenMissing(const std::string& folder) {
+  Machine& machine = PresentMachine();
+  return folder == machine.CommonRoot() || folder == machine.UserRoot();
+}
+
+bool IsOwnFolder(const std::string& folder) {
+  struct stat status = {};
+  return stat((folder + "/").c_str(), &status) == 0 && status.st_uid == geteuid();
+}
+
+std::optional<std::uint32_t> ScriptedAnswer(FileCall call, const std::string& path) {
+  constexpr std::array kCalls = {PlatformCall::kCreateFile,     PlatformCall::kReadFile,
+                                 PlatformCall::kWriteFile,      PlatformCall::kWriteFileShort,
+                                 PlatformCall::kWriteStream,    PlatformCall::kDeleteFile,
+                                 PlatformCall::kCreateDirectory};
+  return ScriptedFailure(kCalls.at(static_cast<std::size_t>(call)), path);
+}
+
+}  // namespace system_info
