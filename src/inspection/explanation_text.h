@@ -20,10 +20,6 @@ struct TextStyle {
 // Lines of UTF-8, the last one with its line end.
 std::string ToText(const Explanation& explanation, const TextStyle& style);
 
-// Text from a file or a machine in a form that any terminal can show: UTF-8, whose bytes that are
-// none are taken as Latin-1, with control characters as "\n" or "\x1b".
-std::string Harmless(std::string_view text);
-
 }  // namespace system_info
 
 #endif  // DEVICEID_INSPECTION_EXPLANATION_TEXT_H_

@@ -1,0 +1,52 @@
+#include "inspection/saved_log.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "inspection/log_entries.h"
+#include "inspection/shown_text.h"
+
+namespace system_info {
+namespace {
+
+bool BeginsCall(std::string_view text) {
+  const auto entries = ParseLog(text.substr(0, text.find_first_of("\r\n")));
+  return !entries.empty() && entries[0].message.starts_with("Execute ");
+}
+
+// A log in the host's buffer ends with a zero byte. What stands behind it belongs to an earlier
+// call, unless the host has put a whole log there.
+std::string WithoutLeftovers(std::string_view text) {
+  std::string kept(text.substr(0, text.find('\0')));
+  text.remove_prefix(kept.size());
+  while (!text.empty()) {
+    text.remove_prefix(1);
+    const std::string_view piece = text.substr(0, text.find('\0'));
+    if (BeginsCall(piece)) {
+      if (!kept.ends_with('\n')) kept += '\n';
+      kept += piece;
+    }
+    text.remove_prefix(piece.size());
+  }
+  return kept;
+}
+
+// Only if the first line ends so: a message can hold such a line end, too.
+std::string WithLineFeeds(std::string text, std::string_view line_end) {
+  const std::size_t first = std::min(text.find_first_of("\r\n"), text.size());
+  if (text.compare(first, line_end.size(), line_end) != 0) return text;
+  for (std::size_t at = first; at != std::string::npos; at = text.find(line_end, at)) {
+    text.replace(at, line_end.size(), "\n");
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string RestoreLog(std::string_view bytes) {
+  const std::string text = FromUtf16(bytes).value_or(std::string(WithoutByteOrderMark(bytes)));
+  const std::string log = WithLineFeeds(WithoutLeftovers(text), "\r\n");
+  return log.find('\n') == std::string::npos ? WithLineFeeds(log, "\r") : log;
+}
+
+}  // namespace system_info
