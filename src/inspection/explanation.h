@@ -38,7 +38,6 @@ struct StateFolder {
 
 // This machine, as one account sees it.
 struct MachineState {
-  std::int64_t now = 0;  // Seconds since 1 January 1970 UTC.
   bool windows = false;
   bool administrator = false;  // Root, where only root reads serial numbers.
   std::string format = "2.0";
@@ -135,7 +134,7 @@ struct Explanation {
 Explanation ExplainMachine(const MachineState& machine);
 
 // What a copied state folder tells without its machine.
-Explanation ExplainFolder(const StateFolder& folder, std::int64_t now);
+Explanation ExplainFolder(const StateFolder& folder);
 
 // What the call did whose log a host kept. `bytes` are those of the file, however it was saved.
 Explanation ExplainLog(std::string_view bytes);

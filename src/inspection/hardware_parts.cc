@@ -186,6 +186,12 @@ std::string NameOf(const Part& part) {
   return text.empty() ? "unnamed" : text;
 }
 
+bool IsSerialNumber(const Part& part) {
+  return std::any_of(part.names.begin(), part.names.end(), [](PartName name) {
+    return name == PartName::kProduct || name == PartName::kBoard;
+  });
+}
+
 std::vector<Part> CompareParts(const std::vector<std::string>& stored,
                                const std::optional<std::vector<NamedValue>>& present) {
   const Named now = present.value_or(Named());

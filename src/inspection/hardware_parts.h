@@ -40,6 +40,9 @@ struct Part {
 // "board", or "product or board".
 std::string NameOf(const Part& part);
 
+// True if the part is, or can be, one of those that root alone can read on Linux.
+bool IsSerialNumber(const Part& part);
+
 // Sets the values of a record beside those of the machine, in the order of the names. A value is
 // the same only at the same place of both lists, and moved at another one. Without `present` the
 // state of all is unknown.

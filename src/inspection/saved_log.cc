@@ -32,13 +32,17 @@ std::string WithoutLeftovers(std::string_view text) {
 }
 
 // Only if the first line ends so: a message can hold such a line end, too.
-std::string WithLineFeeds(std::string text, std::string_view line_end) {
+std::string WithLineFeeds(std::string_view text, std::string_view line_end) {
   const std::size_t first = std::min(text.find_first_of("\r\n"), text.size());
-  if (text.compare(first, line_end.size(), line_end) != 0) return text;
-  for (std::size_t at = first; at != std::string::npos; at = text.find(line_end, at)) {
-    text.replace(at, line_end.size(), "\n");
+  if (!text.substr(first).starts_with(line_end)) return std::string(text);
+  std::string lines;
+  while (true) {
+    const std::size_t end = text.find(line_end);
+    lines += text.substr(0, end);
+    if (end == std::string_view::npos) return lines;
+    lines += '\n';
+    text.remove_prefix(end + line_end.size());
   }
-  return text;
 }
 
 }  // namespace

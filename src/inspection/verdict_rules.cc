@@ -7,11 +7,17 @@
 #include <string_view>
 
 #include "identity/hardware_id_matching.h"
+#include "values/device_id.h"
 
 namespace system_info {
 namespace {
 
 using enum Findings::Source;
+
+std::string Word(const Findings& findings, const std::string& name) {
+  const auto word = findings.words.find(name);
+  return word == findings.words.end() ? std::string() : word->second;
+}
 
 // Conditions beside the ends of calls.
 bool AllSame(const Findings& f) {
@@ -22,8 +28,9 @@ bool Random(const Findings& f) { return f.random; }
 bool FatalRecord(const Findings& f) { return f.fatal_record; }
 bool OlderId(const Findings& f) { return f.older_id; }
 bool OtherAccount(const Findings& f) { return f.other_account; }
+bool NoGoodRecordId(const Findings& f) { return !IsValidDeviceId(Word(f, "record_id")); }
 bool NoCall(const Findings& f) { return !f.known_call; }
-bool StoresAnId(const Findings& f) { return f.words.at("format") == "1.6"; }
+bool StoresAnId(const Findings& f) { return Word(f, "format") == "1.6"; }
 
 // A rule fits if all that it names is so. Sentences and advice hold the names of words in braces.
 struct VerdictRule {
@@ -50,6 +57,8 @@ constexpr const char* kOneKindOfAccount =
 constexpr const char* kWriteRecordId =
     "Write the id of the record, {record_id}, into device.idv2 in {record_folder}, without a line "
     "end.";
+constexpr const char* kBeginAnew =
+    "The record holds no id, either. To begin anew, remove hid_settings from both folders.";
 constexpr const char* kMoveRecord =
     "Move hid_settings out of {record_folder}, and keep it. The next call makes the id from the "
     "hardware.";
@@ -120,6 +129,8 @@ constexpr VerdictRule kRules[] = {
      "{record_trouble}, so the next call makes the id anew from the hardware. It will be another "
      "one.",
      kPutRecordBack},
+    {kMachine, CallEnd::kNoId, kAny, NoGoodRecordId, Verdict::kNoId, 20,
+     "{id_trouble}, and there is a record: each call ends with result 4.", kBeginAnew},
     {kMachine, CallEnd::kNoId, kAny, kAlways, Verdict::kNoId, 20,
      "{id_trouble}, and there is a record: each call ends with result 4.", kWriteRecordId},
     {kMachine, CallEnd::kFailed, kAny, FatalRecord, Verdict::kFailed, 20,
@@ -145,6 +156,8 @@ constexpr VerdictRule kRules[] = {
     // A copied folder.
     {kFolder, CallEnd::kFailed, kAny, kAlways, Verdict::kFailed, 20,
      "The record is damaged ({record_damage}): a call would end with result 3.", kMoveRecord},
+    {kFolder, CallEnd::kNoId, kAny, NoGoodRecordId, Verdict::kNoId, 20,
+     "{id_trouble}, and there is a record: a call would end with result 4.", kBeginAnew},
     {kFolder, CallEnd::kNoId, kAny, kAlways, Verdict::kNoId, 20,
      "{id_trouble}, and there is a record: a call would end with result 4.", kWriteRecordId},
     {kFolder, CallEnd::kNewMachine, kAny, kAlways, Verdict::kNewMachine, 0,
@@ -269,8 +282,7 @@ std::string FillIn(std::string_view text, const Findings& findings) {
     text.remove_prefix(open);
     if (text.empty()) break;
     const std::size_t close = text.find('}');
-    const auto word = findings.words.find(std::string(text.substr(1, close - 1)));
-    if (word != findings.words.end()) filled += word->second;
+    filled += Word(findings, std::string(text.substr(1, close - 1)));
     text.remove_prefix(close + 1);
   }
   return filled;
@@ -300,8 +312,8 @@ std::string DescribeForgiven(std::size_t changes) {
 }
 
 std::string CountParts(std::size_t number, std::size_t of) {
-  return std::to_string(number) + " of " + std::to_string(of) +
-         (number == 1 ? " part has" : " parts have");
+  return std::to_string(number) + " of " + std::to_string(of) + (of == 1 ? " part" : " parts") +
+         (number == 1 ? " has" : " have");
 }
 
 // "the product and the board", of all parts in one state.
@@ -348,6 +360,32 @@ std::string DescribeAdded(const Findings& findings) {
               : " can be read now, and could not when the record was made.");
 }
 
+std::string DescribeChange(const Findings& findings) {
+  const MatchCounts& counts = *findings.counts;
+  if (counts.runtime == 0) return "No part can be read.";
+  if (counts.stored == 0) return "The record holds no part, so nothing agrees.";
+  if (counts.stored != counts.runtime) {
+    const bool missing = counts.stored > counts.runtime;
+    return Capital(missing ? DescribeMissing(findings) : DescribeAdded(findings)) + " " +
+           DescribeAgreement(counts);
+  }
+  const std::size_t changed = counts.stored - counts.matches;
+  const std::size_t forgiven = Forgiven(counts.stored);
+  return CountParts(changed, counts.stored) + " changed, and " +
+         (forgiven > 0 && changed > forgiven ? "only " : "") + DescribeForgiven(forgiven);
+}
+
+std::string DescribeReserve(const MatchCounts& counts) {
+  const std::size_t compared = Compared(counts);
+  const std::size_t left =
+      Forgiven(compared) - std::min(Forgiven(compared), compared - counts.matches);
+  const bool unchanged = counts.matches == compared;
+  if (left > 0) {
+    return Capital(unchanged ? DescribeForgiven(left) : Number(left) + " more will be forgiven.");
+  }
+  return unchanged ? "Any change will give a new id." : "One more will give a new id.";
+}
+
 }  // namespace
 
 const char* TextOf(Verdict verdict) {
@@ -377,30 +415,11 @@ void Decide(const Findings& findings, Explanation& explanation) {
   explanation.advice = FillIn(rule->advice, findings);
 }
 
-std::string DescribeChange(const Findings& findings) {
-  const MatchCounts& counts = *findings.counts;
-  if (counts.runtime == 0) return "No part can be read.";
-  if (counts.stored == 0) return "The record holds no part, so nothing agrees.";
-  if (counts.stored != counts.runtime) {
-    const bool missing = counts.stored > counts.runtime;
-    return Capital(missing ? DescribeMissing(findings) : DescribeAdded(findings)) + " " +
-           DescribeAgreement(counts);
-  }
-  const std::size_t changed = counts.stored - counts.matches;
-  const std::size_t forgiven = Forgiven(counts.stored);
-  return CountParts(changed, counts.stored) + " changed, and " +
-         (forgiven > 0 && changed > forgiven ? "only " : "") + DescribeForgiven(forgiven);
-}
-
-std::string DescribeReserve(const MatchCounts& counts) {
-  const std::size_t compared = Compared(counts);
-  const std::size_t left =
-      Forgiven(compared) - std::min(Forgiven(compared), compared - counts.matches);
-  const bool unchanged = counts.matches == compared;
-  if (left > 0) {
-    return Capital(unchanged ? DescribeForgiven(left) : Number(left) + " more will be forgiven.");
-  }
-  return unchanged ? "Any change will give a new id." : "One more will give a new id.";
+void DescribeComparison(Findings& findings) {
+  if (!findings.counts) return;
+  findings.words["change"] = DescribeChange(findings);
+  findings.words["agreement"] = DescribeAgreement(*findings.counts);
+  findings.words["reserve"] = DescribeReserve(*findings.counts);
 }
 
 }  // namespace system_info

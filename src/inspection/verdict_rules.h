@@ -38,12 +38,10 @@ struct Findings {
 // Sets verdict, status, sentence and advice by the first rule that fits.
 void Decide(const Findings& findings, Explanation& explanation);
 
-// The names of what the rules call a change, in words: "1 of 4 parts has changed, and one change is
-// forgiven."
-std::string DescribeChange(const Findings& findings);
-
-// What may change beyond that: "One more will give a new id."
-std::string DescribeReserve(const MatchCounts& counts);
+// Makes the words of a comparison that has counts: "change", as in "1 of 4 parts has changed, and
+// one change is forgiven."; "agreement", as in "All 4 parts agree."; "reserve", as in "One more
+// will give a new id."
+void DescribeComparison(Findings& findings);
 
 }  // namespace system_info
 

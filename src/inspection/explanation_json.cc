@@ -1,0 +1,125 @@
+#include "inspection/explanation_json.h"
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "inspection/shown_text.h"
+
+namespace system_info {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kSchema = 1;
+
+// The first second of the year 0 and the last one of the year 9999.
+constexpr std::int64_t kFirstSecond = -62'167'219'200;
+constexpr std::int64_t kLastSecond = 253'402'300'799;
+
+Json Text(const std::string& text) { return ToUtf8(text); }
+
+Json Text(const std::optional<std::string>& text) { return text ? Text(*text) : Json(nullptr); }
+
+Json Number(const std::optional<std::size_t>& number) {
+  return number ? Json(*number) : Json(nullptr);
+}
+
+Json Date(std::int64_t seconds) {
+  const std::string text = UtcText(seconds);
+  return text.empty() ? Json(nullptr) : Json(text);
+}
+
+Json Outcome(const std::optional<CallOutcome>& outcome) {
+  if (!outcome) return nullptr;
+  return {{"result", outcome->result}, {"id", Text(outcome->id)}, {"random", outcome->random}};
+}
+
+Json Folder(StateFolder::Kind kind) {
+  if (kind == StateFolder::Kind::kCopy) return nullptr;
+  return kind == StateFolder::Kind::kCommon ? "common" : "user";
+}
+
+Json Record(const std::optional<RecordSummary>& record) {
+  if (!record) return nullptr;
+  Json parts = Json::array();
+  for (const std::string& part : record->parts) parts.push_back(Text(part));
+  return {{"date", Date(record->date)},
+          {"compared_from", Date(record->compared_from)},
+          {"folder", Folder(record->folder)},
+          {"path", Text(record->path)},
+          {"type", record->type},
+          {"id", Text(record->id)},
+          {"format", Text(record->format)},
+          {"parts", parts},
+          {"trailing_bytes", record->trailing_bytes}};
+}
+
+Json Parts(const std::vector<Part>& parts) {
+  Json array = Json::array();
+  for (const Part& part : parts) {
+    array.push_back({{"name", part.names.size() == 1 ? TextOf(part.names[0]) : "unnamed"},
+                     {"stored", Text(part.stored)},
+                     {"present", Text(part.present)},
+                     {"state", TextOf(part.state)}});
+  }
+  return array;
+}
+
+Json Warnings(const std::vector<Warning>& warnings) {
+  Json array = Json::array();
+  for (const auto& [code, text] : warnings) array.push_back({{"code", code}, {"text", Text(text)}});
+  return array;
+}
+
+Json Differences(const std::vector<Difference>& differences) {
+  Json array = Json::array();
+  for (const auto& [what, kept, present] : differences) {
+    array.push_back({{"what", what}, {"kept", Text(kept)}, {"present", Text(present)}});
+  }
+  return array;
+}
+
+}  // namespace
+
+std::string ToJson(const Explanation& explanation) {
+  const char* verdict = TextOf(explanation.verdict);
+  Json object = {
+      {"schema", kSchema},
+      {"command", "explain"},
+      {"verdict", verdict != nullptr ? Json(verdict) : Json(nullptr)},
+      {"sentence", Text(explanation.sentence)},
+      {"advice", Text(explanation.advice)},
+      {"situation", explanation.situation ? Json(TextOf(*explanation.situation)) : Json(nullptr)},
+      {"id", Text(explanation.id)},
+      {"next", Outcome(explanation.next)},
+      {"recheck", Outcome(explanation.recheck)},
+      {"record", Record(explanation.record)},
+      {"parts", Parts(explanation.parts)},
+      {"agree", Number(explanation.agree)},
+      {"compared", Number(explanation.compared)},
+      {"needed", Number(explanation.needed)},
+      {"changes_left", Number(explanation.changes_left)},
+      {"warnings", Warnings(explanation.warnings)}};
+  if (explanation.against) object["against"] = Differences(*explanation.against);
+  return object.dump(2);
+}
+
+std::string UtcText(std::int64_t seconds) {
+  if (seconds < kFirstSecond || seconds > kLastSecond) return {};
+  const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
+  const auto day = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day date(day);
+  const std::chrono::hh_mm_ss clock(time - day);
+  std::array<char, 32> text = {};
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
+                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()));
+  return text.data();
+}
+
+}  // namespace system_info

@@ -1,0 +1,244 @@
+#include "inspection/explanation_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+#include "inspection/shown_text.h"
+
+namespace system_info {
+namespace {
+
+constexpr std::size_t kWidth = 80;
+constexpr std::size_t kMargin = 2;
+constexpr std::size_t kGap = 2;
+constexpr std::size_t kNameWidth = 7;    // Of all names but "product or board".
+constexpr std::size_t kValueWidth = 19;  // Of most values.
+constexpr std::size_t kStateWidth = 7;
+constexpr std::size_t kMaxLines = 3;  // Of one value.
+
+constexpr const char* kGreen = "\x1b[1;32m";
+constexpr const char* kYellow = "\x1b[1;33m";
+constexpr const char* kRed = "\x1b[1;31m";
+constexpr const char* kPlain = "\x1b[0m";
+
+// By verdict and status: an id that is made anew may stay.
+std::string Label(const Explanation& explanation) {
+  switch (explanation.verdict) {
+    case Verdict::kSame:
+    case Verdict::kForgiven:
+    case Verdict::kNotCompared:
+    case Verdict::kStored:
+      return "KEPT";
+    case Verdict::kNewMachine:
+      return "NEW";
+    case Verdict::kMadeAnew:
+      return explanation.status == 0 ? "KEPT" : "CHANGES";
+    case Verdict::kWillChange:
+      return "WILL CHANGE";
+    case Verdict::kChangesNow:
+      return "CHANGES";
+    case Verdict::kCannotCompare:
+      return explanation.status == 20 ? "NO ID" : "AT RISK";
+    case Verdict::kNoId:
+      return "NO ID";
+    case Verdict::kFailed:
+      return "FAILED";
+    case Verdict::kFromHardware:
+      return "FROM HARDWARE";
+    case Verdict::kUndecided:
+      break;
+  }
+  return "UNDECIDED";
+}
+
+std::string Coloured(const std::string& text, const char* colour, bool wanted) {
+  return wanted ? colour + text + kPlain : text;
+}
+
+const char* ColourOf(int status) {
+  if (status == 0) return kGreen;
+  return status < 20 ? kYellow : kRed;
+}
+
+std::string Padded(const std::string& text, std::size_t width) {
+  const std::size_t length = CountCharacters(text);
+  return length < width ? text + std::string(width - length, ' ') : text;
+}
+
+// The bytes of the first `count` characters.
+std::size_t BytesOf(std::string_view text, std::size_t count) {
+  std::size_t bytes = 0;
+  for (; bytes < text.size(); ++bytes) {
+    if ((text[bytes] & 0xc0) != 0x80 && count-- == 0) break;
+  }
+  return bytes;
+}
+
+// Lines of at most `width` characters, broken at blanks where there are any.
+std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
+  std::vector<std::string> lines;
+  while (CountCharacters(text) > width) {
+    const std::size_t fitting = BytesOf(text, width);
+    const std::size_t blank = text.rfind(' ', fitting);
+    const bool broken = blank != std::string_view::npos && blank > 0;
+    lines.emplace_back(text.substr(0, broken ? blank : fitting));
+    text.remove_prefix(broken ? blank + 1 : fitting);
+  }
+  lines.emplace_back(text);
+  return lines;
+}
+
+// One value in its column, which does not break at blanks.
+std::vector<std::string> WrapValue(const std::optional<std::string>& value, std::size_t width) {
+  const std::string text = value ? Harmless(*value) : "-";
+  std::vector<std::string> lines;
+  for (std::string_view rest = text; !rest.empty() && lines.size() < kMaxLines;) {
+    const std::size_t fitting = BytesOf(rest, width);
+    lines.emplace_back(rest.substr(0, fitting));
+    rest.remove_prefix(fitting);
+    if (lines.size() == kMaxLines && !rest.empty()) {
+      lines.back().erase(BytesOf(lines.back(), width - 3));
+      lines.back() += "...";
+    }
+  }
+  return lines;
+}
+
+// Trailing blanks are for columns that follow.
+void AddLine(std::string& text, std::string line) {
+  line.erase(line.find_last_not_of(' ') + 1);
+  text += line + "\n";
+}
+
+// A label and text behind it, in as many lines as it needs.
+void AddField(std::string& text, const std::string& label, const std::string& content) {
+  const std::size_t column = kMargin + kNameWidth + kGap;
+  std::string start = Padded(std::string(kMargin, ' ') + label, column);
+  for (const std::string& line : Wrap(Harmless(content), kWidth - column)) {
+    AddLine(text, start + line);
+    start.assign(column, ' ');
+  }
+}
+
+std::string Cell(const std::vector<std::string>& lines, std::size_t line, std::size_t width) {
+  return Padded(line < lines.size() ? lines[line] : "", width + kGap);
+}
+
+// Which columns have anything to show, and how wide they are.
+struct PartColumns {
+  bool stored = false;
+  bool present = false;
+  bool state = false;
+  std::size_t name_width = kNameWidth;
+  std::size_t value_width = kValueWidth;
+};
+
+PartColumns ChooseColumns(const std::vector<Part>& parts) {
+  PartColumns columns;
+  for (const Part& part : parts) {
+    columns.stored |= part.stored.has_value();
+    columns.present |= part.present.has_value();
+    columns.state |= part.state != PartState::kUnknown;
+    columns.name_width = std::max(columns.name_width, NameOf(part).size());
+    for (const auto& value : {part.stored, part.present}) {
+      columns.value_width =
+          std::max(columns.value_width, CountCharacters(Harmless(value.value_or(""))));
+    }
+  }
+  const std::size_t taken = kMargin + columns.name_width + 3 * kGap + kStateWidth;
+  const std::size_t shared_by = columns.stored && columns.present ? 2 : 1;
+  columns.value_width = std::min(columns.value_width, (kWidth - taken) / shared_by);
+  return columns;
+}
+
+void AddPart(std::string& text, const Part& part, const PartColumns& columns, bool colour) {
+  const std::size_t width = columns.value_width;
+  const auto stored = WrapValue(part.stored, width);
+  const auto present = WrapValue(part.present, width);
+  const bool plain = part.state == PartState::kSame || part.state == PartState::kUnknown;
+  const std::string state = Coloured(TextOf(part.state), kYellow, colour && !plain);
+  std::string name = NameOf(part);
+  for (std::size_t i = 0; i == 0 || i < std::max(stored.size(), present.size()); ++i) {
+    AddLine(text, std::string(kMargin, ' ') + Padded(name, columns.name_width + kGap) +
+                      (columns.stored ? Cell(stored, i, width) : "") +
+                      (columns.present ? Cell(present, i, width) : "") +
+                      (columns.state && i == 0 ? state : ""));
+    name.clear();
+  }
+}
+
+void AddParts(std::string& text, const std::vector<Part>& parts, bool colour) {
+  const PartColumns columns = ChooseColumns(parts);
+  AddLine(text, std::string(kMargin, ' ') + Padded("part", columns.name_width + kGap) +
+                    (columns.stored ? Cell({"when stored"}, 0, columns.value_width) : "") +
+                    (columns.present ? "now" : ""));
+  for (const Part& part : parts) AddPart(text, part, columns, colour);
+  text += "\n";
+}
+
+std::string DescribeStored(const Explanation& explanation, const TextStyle& style) {
+  constexpr std::array<const char*, 3> kFor = {", for all accounts", ", for this account", ""};
+  const std::string date = explanation.record ? style.date(explanation.record->date) + " " : "";
+  return date + "in " + explanation.id_folder +
+         kFor[static_cast<std::size_t>(explanation.id_folder_kind)];
+}
+
+std::string DescribeOutcome(const CallOutcome& outcome) {
+  if (outcome.random) return "a random id";
+  return outcome.id ? *outcome.id : "no id, but result " + std::to_string(outcome.result);
+}
+
+// What the next call does, and from when on the record is compared.
+std::string DescribeNext(const Explanation& explanation, const TextStyle& style) {
+  std::string text;
+  const auto& record = explanation.record;
+  if (record && explanation.verdict != Verdict::kNotCompared) {
+    text = explanation.due ? "compared by the next call"
+                           : "compared again from " + style.date(record->compared_from) + " on";
+    if (explanation.compared) {
+      text += "; " + std::to_string(*explanation.needed) + " of " +
+              std::to_string(*explanation.compared) + " have to agree, " +
+              std::to_string(*explanation.agree) + (*explanation.agree == 1 ? " does" : " do");
+    }
+  }
+  const auto& outcome = explanation.due ? explanation.next : explanation.recheck;
+  const bool told = outcome && (outcome->id != explanation.id || !outcome->id);
+  if (told) text += (text.empty() ? "" : "; gives ") + DescribeOutcome(*outcome);
+  return text.empty() ? "the same id" : text;
+}
+
+std::string Quoted(const std::optional<std::string>& text) {
+  return text ? "\"" + *text + "\"" : "nothing";
+}
+
+}  // namespace
+
+std::string ToText(const Explanation& explanation, const TextStyle& style) {
+  const std::string label = Label(explanation);
+  std::string text = Coloured(label, ColourOf(explanation.status), style.colour);
+  const std::size_t column = label.size() + kGap;
+  std::string start(kGap, ' ');
+  for (const std::string& line : Wrap(Harmless(explanation.sentence), kWidth - column)) {
+    AddLine(text, start + line);
+    start.assign(column, ' ');
+  }
+  text += "\n";
+
+  if (!explanation.parts.empty()) AddParts(text, explanation.parts, style.colour);
+  if (explanation.id) AddField(text, "id", *explanation.id);
+  if (!explanation.id_folder.empty()) AddField(text, "stored", DescribeStored(explanation, style));
+  if (explanation.next) AddField(text, "next", DescribeNext(explanation, style));
+  AddField(text, "do", explanation.advice.empty() ? "nothing" : explanation.advice);
+  for (const Difference& difference : explanation.against.value_or(std::vector<Difference>())) {
+    AddField(text, "differs",
+             difference.what + " was " + Quoted(difference.kept) + " and is " +
+                 Quoted(difference.present));
+  }
+  for (const Warning& warning : explanation.warnings) AddField(text, "note", warning.text);
+  return text;
+}
+
+}  // namespace system_info

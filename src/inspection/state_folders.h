@@ -1,0 +1,45 @@
+// Which id and which record of the stored files count, by the files alone.
+
+#ifndef DEVICEID_INSPECTION_STATE_FOLDERS_H_
+#define DEVICEID_INSPECTION_STATE_FOLDERS_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "inspection/explanation.h"
+#include "inspection/stored_bytes.h"
+
+namespace system_info {
+
+// The record that a call reads, the first readable one. None, too, if a damaged one before it fails
+// the call.
+std::optional<RecordSummary> CountingRecord(const std::vector<StateFolder>& folders);
+
+struct CountingId {
+  std::string id;  // As a call for format 2.0 returns it.
+  const StateFolder* folder = nullptr;
+  bool older = false;  // From device.id.
+};
+
+// The id that a call for format 2.0 finds. `folders` must outlive the result.
+std::optional<CountingId> FindCountingId(const std::vector<StateFolder>& folders);
+
+// True if both folders hold a good id in `file` and the two differ.
+bool HoldDifferentIds(const std::vector<StateFolder>& folders, StoredFile StateFolder::*file);
+
+// What is wrong with the first id file or record that is damaged or cannot be read, as the start of
+// a sentence: "device.idv2 in /x is damaged (a line end stands at the id)". Empty if there is none.
+std::string DescribeBadId(const std::vector<StateFolder>& folders, bool with_older);
+std::string DescribeBadRecord(const std::vector<StateFolder>& folders);
+
+// The first record that fails each call, or null.
+struct FatalRecord {
+  const StateFolder* folder = nullptr;
+  RecordContent content;
+};
+std::optional<FatalRecord> FindFatalRecord(const std::vector<StateFolder>& folders);
+
+}  // namespace system_info
+
+#endif  // DEVICEID_INSPECTION_STATE_FOLDERS_H_
