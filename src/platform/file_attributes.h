@@ -1,7 +1,7 @@
 // What a support case wants to know of a file beside its bytes.
 
-#ifndef DEVICEID_PLATFORM_FILE_FACTS_H_
-#define DEVICEID_PLATFORM_FILE_FACTS_H_
+#ifndef DEVICEID_PLATFORM_FILE_ATTRIBUTES_H_
+#define DEVICEID_PLATFORM_FILE_ATTRIBUTES_H_
 
 #include <cstdint>
 #include <filesystem>
@@ -12,9 +12,11 @@ namespace system_info {
 
 enum class FileKind { kMissing, kRegular, kFolder, kLink, kOther, kUnknown };
 
-struct FileFacts {
+struct FileAttributes {
   // Of the name itself: a link counts as a link. kUnknown if this account may not look.
   FileKind kind = FileKind::kUnknown;
+  // A link that the library does not follow, since it belongs neither to root nor to this account.
+  bool foreign_link = false;
   std::uint64_t size = 0;     // Bytes, of a regular file.
   std::int64_t modified = 0;  // Seconds since 1 January 1970 UTC.
   std::string owner;          // UTF-8; empty if the system does not tell.
@@ -24,7 +26,7 @@ struct FileFacts {
 };
 
 // Looks at the file and changes nothing of it.
-FileFacts LookAtFile(const std::filesystem::path& path);
+FileAttributes LookAtFile(const std::filesystem::path& path);
 
 // The first `limit` bytes of a regular file, shared with everybody and opened no longer than
 // needed. None, with errno set, if it is no regular file or cannot be read.
@@ -32,4 +34,4 @@ std::optional<std::string> ReadBytes(const std::filesystem::path& path, std::siz
 
 }  // namespace system_info
 
-#endif  // DEVICEID_PLATFORM_FILE_FACTS_H_
+#endif  // DEVICEID_PLATFORM_FILE_ATTRIBUTES_H_

@@ -1,4 +1,4 @@
-#include "platform/file_facts.h"
+#include "platform/file_attributes.h"
 
 #include <fcntl.h>
 #include <grp.h>
@@ -39,14 +39,16 @@ std::string OtherWriters(const struct stat& status) {
 
 }  // namespace
 
-FileFacts LookAtFile(const std::filesystem::path& path) {
-  FileFacts facts;
+FileAttributes LookAtFile(const std::filesystem::path& path) {
+  FileAttributes facts;
   struct stat status = {};
   if (lstat(path.c_str(), &status) != 0) {
     if (errno == ENOENT || errno == ENOTDIR) facts.kind = FileKind::kMissing;
     return facts;
   }
   facts.kind = KindOf(status.st_mode);
+  facts.foreign_link =
+      facts.kind == FileKind::kLink && status.st_uid != 0 && status.st_uid != geteuid();
   facts.size = static_cast<std::uint64_t>(status.st_size);
   facts.modified = status.st_mtim.tv_sec;
   facts.owner = NameOfUser(status.st_uid);

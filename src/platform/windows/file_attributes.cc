@@ -1,4 +1,4 @@
-#include "platform/file_facts.h"
+#include "platform/file_attributes.h"
 
 #include <aclapi.h>
 
@@ -49,7 +49,7 @@ std::string WritersOf(PACL list, PSID owner) {
   return writers;
 }
 
-void LookAtSecurity(const std::filesystem::path& path, FileFacts& facts) {
+void LookAtSecurity(const std::filesystem::path& path, FileAttributes& facts) {
   std::wstring name = path.wstring();
   PSID owner = nullptr;
   PACL list = nullptr;
@@ -66,8 +66,8 @@ void LookAtSecurity(const std::filesystem::path& path, FileFacts& facts) {
 
 }  // namespace
 
-FileFacts LookAtFile(const std::filesystem::path& path) {
-  FileFacts facts;
+FileAttributes LookAtFile(const std::filesystem::path& path) {
+  FileAttributes facts;
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) == 0) {
     const DWORD error = GetLastError();

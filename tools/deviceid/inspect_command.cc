@@ -1,0 +1,99 @@
+#include "tools/deviceid/inspect_command.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include "inspection/stored_file_report.h"
+#include "platform/console.h"
+#include "platform/file_attributes.h"
+#include "platform/native_paths.h"
+#include "support/folder_paths.h"
+#include "tools/deviceid/output.h"
+#include "tools/deviceid/state_folders.h"
+
+namespace deviceid {
+namespace {
+
+using system_info::FileRole;
+using system_info::StateFolder;
+using system_info::StoredFile;
+using system_info::StoredFileReport;
+
+constexpr const char* kFileNames[] = {"device.idv2", "device.id", "hid_settings",
+                                      "hardware_ids.emulated"};
+
+constexpr int kNotGood = 10;
+
+StoredFileReport ReportOnFile(const std::filesystem::path& path, FileRole role) {
+  return system_info::ReportOn(role, system_info::ToUtf8(path), system_info::LookAtFile(path),
+                               ReadStoredFile(path));
+}
+
+// Of the list for emulation only where there is one: it is no file of the library's own.
+std::vector<StoredFileReport> ReportOnFolder(const std::filesystem::path& folder,
+                                             std::optional<StateFolder::Kind> kind) {
+  std::vector<StoredFileReport> reports;
+  for (const char* name : kFileNames) {
+    StoredFileReport report = ReportOnFile(folder / name, *system_info::RoleOf(name));
+    const bool emulated = report.role == FileRole::kEmulatedIds;
+    if (emulated && report.state == StoredFile::State::kMissing) continue;
+    report.folder = kind;
+    reports.push_back(std::move(report));
+  }
+  return reports;
+}
+
+void Append(std::vector<StoredFileReport>& reports, std::vector<StoredFileReport> more) {
+  std::move(more.begin(), more.end(), std::back_inserter(reports));
+}
+
+std::vector<StoredFileReport> ReportOnMachine() {
+  using system_info::FromSystemText;
+  std::vector<StoredFileReport> reports = ReportOnFolder(
+      FromSystemText(system_info::CommonFolderPath(false)), StateFolder::Kind::kCommon);
+  Append(reports, ReportOnFolder(FromSystemText(system_info::UserFolderPath(false)),
+                                 StateFolder::Kind::kUser));
+  return reports;
+}
+
+// A file of another name is taken for what its bytes look like.
+FileRole GuessRole(const std::filesystem::path& path) {
+  if (const auto role = system_info::RoleOf(system_info::ToUtf8(path.filename()))) return *role;
+  const StoredFile file = ReadStoredFile(path);
+  const bool record =
+      system_info::DecodeRecord(file.bytes).state == system_info::ContentState::kGood;
+  return record ? FileRole::kRecord : FileRole::kId;
+}
+
+std::vector<StoredFileReport> ReportOnPath(const std::string& name) {
+  const auto path = system_info::FromUtf8(name);
+  std::error_code failure;
+  if (std::filesystem::is_directory(path, failure)) {
+    const StateFolder folder = ReadKeptFolder(path);
+    return ReportOnFolder(system_info::FromUtf8(folder.path), StateFolder::Kind::kCopy);
+  }
+  StoredFileReport report = ReportOnFile(path, GuessRole(path));
+  if (report.state == StoredFile::State::kMissing) {
+    throw Failure(kNoInput, "there is no " + name);
+  }
+  if (report.why == "permission denied") throw Failure(kNoRights, "no rights to read " + name);
+  return {std::move(report)};
+}
+
+}  // namespace
+
+int RunInspect(const Arguments& arguments) {
+  std::vector<StoredFileReport> reports;
+  if (arguments.paths.empty()) reports = ReportOnMachine();
+  for (const std::string& path : arguments.paths) Append(reports, ReportOnPath(path));
+
+  if (arguments.json) {
+    std::cout << system_info::ToJson(reports) << '\n';
+  } else {
+    std::cout << system_info::ToText(reports, {system_info::OutputIsTerminal(), LocalDate});
+  }
+  const bool bad = std::any_of(reports.begin(), reports.end(), system_info::IsBad);
+  return FinishOutput(bad || system_info::RecordAgrees(reports) == false ? kNotGood : kGood);
+}
+
+}  // namespace deviceid

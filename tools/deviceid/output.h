@@ -1,0 +1,48 @@
+// What the program says, and the statuses that it ends with.
+
+#ifndef DEVICEID_TOOLS_DEVICEID_OUTPUT_H_
+#define DEVICEID_TOOLS_DEVICEID_OUTPUT_H_
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace deviceid {
+
+// Exit statuses beside the results of the library, which has no result 2, and those of a verdict,
+// which are 0, 10 and 20.
+enum Status : int {
+  kGood = 0,
+  kWrongUsage = 2,
+  kBadData = 65,       // A file that is not what it should be, or too large.
+  kNoInput = 66,       // A file or folder that is not there.
+  kNoLibrary = 69,     // The library of --library cannot be loaded.
+  kFailed = 70,        // Any other failure of the program itself.
+  kWriteFailed = 74,   // Standard output cannot be written.
+  kNeedsConsent = 75,  // Only with --yes.
+  kNoRights = 77,      // A file or folder that this account may not read.
+};
+
+// Ends the program with a status and one line on standard error.
+class Failure : public std::runtime_error {
+ public:
+  Failure(Status status, const std::string& text) : std::runtime_error(text), status_(status) {}
+  Status status() const { return status_; }
+
+ private:
+  Status status_;
+};
+
+// One line on standard error, whatever `text` holds.
+void Complain(const std::string& text);
+
+// Returns `status` if all of standard output has arrived, else complains and returns kWriteFailed.
+int FinishOutput(int status);
+
+// One of `names` that `word` was probably meant to be, for a complaint: `, did you mean
+// "--format"?`. Empty if nothing is near enough.
+std::string Suggestion(const std::string& word, const std::vector<std::string>& names);
+
+}  // namespace deviceid
+
+#endif  // DEVICEID_TOOLS_DEVICEID_OUTPUT_H_
