@@ -7,7 +7,9 @@
 
 #include "inspection/explanation_json.h"
 #include "inspection/explanation_text.h"
+#include "inspection/log_facts.h"
 #include "inspection/played_call.h"
+#include "inspection/saved_log.h"
 #include "platform/accounts.h"
 #include "platform/console.h"
 #include "platform/native_paths.h"
@@ -43,9 +45,9 @@ std::string ReadStandardInput() {
 }
 
 Explanation ExplainLogOf(const std::string& name, const std::string& bytes) {
-  Explanation explanation = system_info::ExplainLog(bytes);
-  if (explanation.sentence.empty()) throw Failure(kBadData, name + " holds no log of a call");
-  return explanation;
+  const bool is_log = system_info::ReadLogFacts(system_info::RestoreLog(bytes)).calls > 0;
+  if (!is_log) throw Failure(kBadData, name + " holds no log of a call");
+  return system_info::ExplainLog(bytes);
 }
 
 Explanation ExplainThisMachine(const Arguments& arguments) {
