@@ -3,14 +3,19 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <initializer_list>
 #include <new>
 
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" void* __real_malloc(std::size_t size);
 extern "C" int __real_openat(int folder, const char* path, int flags, unsigned mode);
 extern "C" int __real_socket(int family, int type, int protocol);
+extern "C" ssize_t __real_read(int file, void* buffer, std::size_t size);
+extern "C" ssize_t __real_recvfrom(int socket, void* buffer, std::size_t size, int flags,
+                                   sockaddr* sender, socklen_t* sender_size);
 // NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
@@ -30,8 +35,15 @@ struct Countdown {
 
 thread_local Countdown new_countdown;
 thread_local Countdown malloc_countdown;
-thread_local Countdown open_countdown;
-thread_local int open_error = 0;
+thread_local Countdown call_countdown;
+thread_local int call_error = 0;
+
+// Sets errno. `errors` are those that the call can have.
+bool FailsNow(std::initializer_list<int> errors) {
+  const bool counts = std::find(errors.begin(), errors.end(), call_error) != errors.end();
+  errno = call_error;
+  return counts && call_countdown.FailsNow();
+}
 
 void* Allocate(std::size_t size) {
   if (new_countdown.FailsNow()) return nullptr;
@@ -48,15 +60,22 @@ extern "C" void* __wrap_malloc(std::size_t size) {
 // No open may leave a descriptor to a program that the host starts meanwhile.
 extern "C" int __wrap_openat(int folder, const char* path, int flags, unsigned mode) {
   if ((flags & O_CLOEXEC) == 0) std::abort();
-  errno = open_error;
-  return open_countdown.FailsNow() ? -1 : __real_openat(folder, path, flags, mode);
+  return FailsNow({EMFILE, EINTR}) ? -1 : __real_openat(folder, path, flags, mode);
 }
 
 extern "C" int __wrap_socket(int family, int type, int protocol) {
   if ((type & SOCK_CLOEXEC) == 0) std::abort();
-  const bool can_fail = open_error != EINTR;  // Nothing interrupts it.
-  errno = open_error;
-  return can_fail && open_countdown.FailsNow() ? -1 : __real_socket(family, type, protocol);
+  return FailsNow({EMFILE}) ? -1 : __real_socket(family, type, protocol);
+}
+
+extern "C" ssize_t __wrap_read(int file, void* buffer, std::size_t size) {
+  return FailsNow({ENOMEM, EINTR}) ? -1 : __real_read(file, buffer, size);
+}
+
+extern "C" ssize_t __wrap_recvfrom(int socket, void* buffer, std::size_t size, int flags,
+                                   sockaddr* sender, socklen_t* sender_size) {
+  if (FailsNow({ENOMEM, EINTR})) return -1;
+  return __real_recvfrom(socket, buffer, size, flags, sender, sender_size);
 }
 
 void* operator new(std::size_t size) {
@@ -76,11 +95,11 @@ bool FailingNew::failed() const { return new_countdown.failed; }
 FailingMalloc::FailingMalloc(int nth) { malloc_countdown = {nth, false, false}; }
 FailingMalloc::~FailingMalloc() { malloc_countdown = {}; }
 
-FailingOpen::FailingOpen(int nth, int error) {
-  open_countdown = {nth, false, false};
-  open_error = error;
+FailingCall::FailingCall(int nth, int error) {
+  call_countdown = {nth, false, false};
+  call_error = error;
 }
-FailingOpen::~FailingOpen() { open_countdown = {}; }
-bool FailingOpen::failed() const { return open_countdown.failed; }
+FailingCall::~FailingCall() { call_countdown = {}; }
+bool FailingCall::failed() const { return call_countdown.failed; }
 
 }  // namespace system_info

@@ -22,12 +22,13 @@ class FailingMalloc {
   ~FailingMalloc();
 };
 
-// While it lives, the open number `nth` on this thread, counted from 1, fails with `error`: a file
-// opened with openat, or a socket.
-class FailingOpen {
+// While it lives, the call number `nth` of those that can have that error, counted from 1, fails
+// with `error` on this thread: EMFILE as no descriptor is left to open a file or a socket, ENOMEM
+// as either is read, EINTR as a file is opened or either is read.
+class FailingCall {
  public:
-  FailingOpen(int nth, int error);
-  ~FailingOpen();
+  FailingCall(int nth, int error);
+  ~FailingCall();
 
   bool failed() const;
 };
