@@ -169,8 +169,8 @@ TEST_F(LinuxMachineTest, SerialNumbersAreThoseOfFirmwareAndSystem) {
   // What there is, and the values of format 1.1 that come of it.
   const std::pair<std::string, std::string> computers[] = {
       {dmi + "product_uuid=4C4C-" + dmi + "product_serial= PF0XYZ \n\n" + dmi +
-           "board_serial=BOARD7\n" + tree + "unused" + etc + "01\n",
-       "4c4c-01 pf0xyz \nboard7"},
+           "board_serial=BOARD\xe9\n" + tree + "unused" + etc + "01\n",
+       "4c4c-01 pf0xyz \nboard\xe9"},
       // Not for everybody: what cannot be read is not there.
       {dmi + "product_uuid/" + dmi + "product_serial/" + dmi + "board_serial/" + tree + "unused" +
            etc + "id",
@@ -266,6 +266,7 @@ const std::string kDevices =
     "|/sys/devices/pci0/0000:03:00.0/subsystem>../../bus/pci"
     "|/sys/devices/pci0/0000:03:00.0/virtio0/driver>../../../bus/drivers/virtio_net"
     "|/sys/devices/pci0/0000:03:00.0/virtio0/subsystem>../../../bus/virtio"
+    "|/sys/devices/pci0/0000:04:00.0/subsystem>../../bus/pci"
     "|/sys/devices/usb1/1:1:1.0/subsystem>../../bus/usb";
 
 // How the kernel tells of interfaces: in full, before 5.6, and not at all to a sandbox.
@@ -281,6 +282,7 @@ TEST_F(LinuxMachineTest, AdaptersHaveTheAddressThatStays) {
       {"ens3 up 3 0 3" + pci + "3:00.0/virtio0|eth0 up 2 0 2" + r8169,
        "ens3 3 virtio_net|eth0 2 r8169", "r8169: eth0\nvirtio_net: ens3\n", "23"},
       {"br0 up 4 3|usb0 up 5 0 5 usb1/1:1:1.0", "br0 4 |usb0 5 ", "", "45"},
+      {"eth2 up 6 0 6" + pci + "4:00.0", "eth2 6 ", "eth2: eth2\n", "66"},  // Without a driver.
       // Drawn at random: a bridge, and a cable into a container that does not say otherwise.
       {"br0 up 4 1|veth1 up 5 1|eth0 up 2 0 2" + r8169, "eth0 2 r8169", "r8169: eth0\n", "22"},
       // In a bond all ports use the address of one of them, and so does a VLAN.

@@ -75,5 +75,24 @@ TEST_F(WmiTest, EachFailureHasItsLineAndItsPrice) {
   EXPECT_EQ(GetId("1.2").result, 4);
 }
 
+TEST_F(WmiTest, EachEntryIntoComIsALookOfItsOwn) {
+  IP_ADAPTER_INFO adapters[2];
+  ULONG size = sizeof(IP_ADAPTER_INFO);
+  const auto list = [&] { return GetAdaptersInfo(adapters, &size); };
+  EXPECT_EQ(list(), ERROR_INVALID_PARAMETER);
+  CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+  EXPECT_EQ(CollectString({1, 5}), "1234abcdpf0xyzboard700:1a:2b:c3:d4:0f");
+  EXPECT_EQ(CountLiveObjects().looks_at_hardware, 1);
+  EXPECT_EQ(list(), ERROR_BUFFER_OVERFLOW);
+  CoUninitialize();
+  EnterSingleThreadedApartment();
+  void* locator = nullptr;
+  EXPECT_EQ(CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
+                             &locator),
+            CO_E_NOTINITIALIZED);
+  EXPECT_EQ(list(), ERROR_INVALID_PARAMETER);
+  LeaveSingleThreadedApartment();
+}
+
 }  // namespace
 }  // namespace system_info

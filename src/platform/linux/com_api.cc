@@ -30,6 +30,7 @@ enum class Apartment { kNone, kMultithreaded, kSingleThreaded };
 struct Look {
   std::unique_ptr<Hardware> hardware;
   Look* of_outer_entry;
+  Counted counted{Live().looks_at_hardware};
 };
 
 // All without constructor and destructor: what a thread needs must be there before memory runs out.

@@ -19,6 +19,7 @@ struct LiveCounters {
   std::atomic<int> com_strings{0};
   std::atomic<int> handles{0};
   std::atomic<int> apartment_entries{0};
+  std::atomic<int> looks_at_hardware{0};
   std::atomic<int> objects_after_com{0};
 };
 LiveCounters& Live();

@@ -30,8 +30,8 @@ Machine* SetPresentMachine(Machine* machine) { return replacement.exchange(machi
 
 LiveObjects CountLiveObjects() {
   const LiveCounters& live = Live();
-  return {live.com_objects, live.com_strings, live.handles, live.apartment_entries,
-          live.objects_after_com};
+  return {live.com_objects,       live.com_strings,       live.handles,
+          live.apartment_entries, live.looks_at_hardware, live.objects_after_com};
 }
 
 LiveCounters& Live() {

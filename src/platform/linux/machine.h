@@ -120,6 +120,7 @@ struct LiveObjects {
   int com_strings = 0;
   int handles = 0;
   int apartment_entries = 0;
+  int looks_at_hardware = 0;
   // Objects that were still alive when their thread left COM for good. Never goes down.
   int objects_after_com = 0;
 
