@@ -176,10 +176,12 @@ TEST_F(LinuxMachineTest, SerialNumbersAreThoseOfFirmwareAndSystem) {
            etc + "id",
        "id"},
       {dmi + "product_uuid=0000-0000\n" + dmi + "board_serial=\n", ""},
-      {tree + "10000abc\0"s, "10000abc"},
+      {tree + "10000abc\0"s + etc + "id", "10000abcid"},
       {tree + "\0"s, ""},
+      {etc + "etc" + bus + "=bus", "etc"},
       {etc + "uninitialized\n" + bus + "=bus", "bus"},
-      {etc + "\n" + bus + "=0000", ""},
+      {etc + "\n" + bus + "=bus", "bus"},
+      {bus + "=0000", ""},
       // A name for one boot hides that of the disk, by either path.
       {etc + "etc" + bus + ">../../../etc/machine-id" + kRoot +
            "26 1 0:32 / /etc/machine-id rw - tmpfs b rw\n",
@@ -325,7 +327,7 @@ TEST_F(LinuxMachineTest, AdaptersHaveTheAddressThatStays) {
 TEST_F(LinuxMachineTest, TheKernelsListCountsOnlyWhole) {
   const std::string listed = Nic("eth0 up 2 0 2").Listed(1), done = End(NLMSG_DONE, 0);
   const std::string interrupted = Nic("eth0 up 7 0 7").Listed(1, true, NLM_F_DUMP_INTR) + done;
-  std::string gone = Nic("eth0 up 5 0 5").Listed(0);
+  std::string gone = Nic("eth1 up 5 0 5").Listed(0);
   gone[offsetof(nlmsghdr, nlmsg_type)] = RTM_DELLINK;
   permanent_addresses["veth"] = MacAddress{9};  // As asked one by one, which is not needed here.
   // What the kernel answers, in parts and again and again, and the digit of the address that comes
@@ -472,11 +474,13 @@ TEST_F(LinuxMachineTest, ALookIsRepeatedIfInterruptedAndFailsWithoutMemoryOfTheK
   LinuxMachine asks_kernel(root, AskKernel());
   SetPresentMachine(&asks_kernel);
   const std::string values = Read({1, 1});
-  for (int nth = 1; nth < 20; ++nth) {
+  bool failed = true;
+  for (int nth = 1; failed; ++nth) {
     const FailingCall interrupted(nth, EINTR);
     EXPECT_EQ(Read({1, 1}), values);
+    failed = interrupted.failed();
   }
-  bool failed = true;
+  failed = true;
   for (int nth = 1; failed; ++nth) {
     const FailingCall memory(nth, ENOMEM);
     try {
