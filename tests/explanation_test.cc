@@ -1,173 +1,394 @@
-// What is said about stored files, logs and machines. The files lie on a scripted machine, and all
-// logs are those of real calls.
+// What is said about machines, copied folders and logs. The files lie on a scripted machine, and
+// all logs are those of real calls.
 
 #include "inspection/explanation.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <regex>
 
 #include "api/request.h"
 #include "hardware/windows_os_manager.h"
 #include "inspection/explanation_json.h"
 #include "inspection/explanation_text.h"
-#include "inspection/hardware_parts.h"
-#include "inspection/log_facts.h"
-#include "inspection/saved_log.h"
-#include "inspection/shown_text.h"
-#include "inspection/stored_bytes.h"
-#include "storage/hid_settings.h"
 #include "support/scripted_machine.h"
 #include "support/stored_record.h"
 
 namespace system_info {
 namespace {
 
-// What the ordinary machine gives, with both disk and board replaced, and an id of nothing.
+namespace fs = std::filesystem;
+
+// What the ordinary machine gives, with both disk and board replaced, and an id from elsewhere.
 const std::string kId = "2-0-e605da79-8246-9201-b359-b533fafc9984";
 const std::string kOtherId = "2-0-0d279e0a-c3c2-393f-256c-e20d6ff74d62";
 const std::string kOldId = "2-0-01234567-89ab-cdef-0123-456789abcdef";
 
 std::string Stored(const std::string& id) { return "1-6-" + id.substr(4); }
 
-std::string UtcDay(std::int64_t seconds) { return UtcText(seconds).substr(0, 10); }
-
 StoredFile ReadStored(const std::string& path) {
   StoredFile file;
-  const std::string bytes = ReadFileText(path);
-  if (bytes == "<missing>") return file;
+  if (!fs::exists(path)) return file;
   file.state = StoredFile::State::kRead;
-  file.bytes = bytes;
+  file.bytes = ReadFileText(path);
   return file;
+}
+
+// "forgiven 0, board changed: SENTENCE": what there is to say, and each part that is not the same.
+std::string Summary(const Explanation& explanation) {
+  const char* verdict = TextOf(explanation.verdict);
+  std::string text = verdict != nullptr ? verdict : "null";
+  text += " " + std::to_string(explanation.status);
+  for (const Part& part : explanation.parts) {
+    if (part.state == PartState::kSame || part.state == PartState::kUnknown) continue;
+    text += ", " + NameOf(part) + " " + TextOf(part.state);
+  }
+  return text + ": " + explanation.sentence;
 }
 
 class ExplanationTest : public MachineTest {
  protected:
   // Makes a call on a copy of the files, which stay as they are.
-  PlayedCall Play(const Request& request) {
-    namespace fs = std::filesystem;
+  PlayedCall Play(Request request) {
     const fs::path folder = fs::path(*pc.common_root).parent_path();
     const fs::path kept = folder.string() + "-kept";
     fs::copy(folder, kept, fs::copy_options::recursive);
+    const std::string before = ReadFileText(pc.Common("device.idv2"));
     std::shared_ptr<HIDLog> log;
-    Request played = request;
     char id[64] = "";
-    char buffer[1];
-    played.buffers = {id, 64, buffer, 0};
+    char unused = 0;
+    request.buffers = {id, sizeof(id), &unused, 0};
     PlayedCall call;
-    call.result = Answer(played, [&](const std::shared_ptr<HIDLog>& of_call) {
+    call.result = Answer(request, [&log](const std::shared_ptr<HIDLog>& of_call) {
       log = of_call;
       return std::make_unique<WindowsOSManager>(of_call);
     });
-    std::vector<char> text(1 << 17);
-    if (log != nullptr) log->CopyTo(text.data(), 1 << 17);
+    std::vector<char> text(1 << 16);
+    log->CopyTo(text.data(), 1 << 16);
     call.log = text.data();
     if (call.result == HidResult::Success) call.id = id;
-    const std::string hardware = CollectString(HidFormatVersion(2, 0));
-    const bool of_file = call.log.find(Stored(id).substr(4)) < call.log.find("Hardware settings");
-    call.random = call.id && hardware.empty() && !of_file;
+    call.random = call.id && before != Stored(id) && CollectString(HidFormatVersion(2, 0)).empty();
     fs::remove_all(folder);
     fs::rename(kept, folder);
     return call;
   }
 
+  StateFolder Folder(StateFolder::Kind kind) {
+    const bool common = kind != StateFolder::Kind::kUser;
+    const auto read = [&](const char* name) {
+      return ReadStored(common ? pc.Common(name) : pc.User(name));
+    };
+    return {kind, common ? "/common" : "/user", read("device.idv2"), read("device.id"),
+            read("hid_settings")};
+  }
+
   std::vector<StateFolder> Folders() {
-    std::vector<StateFolder> folders;
-    for (const bool common : {true, false}) {
-      const auto path = [&](const std::string& n) { return common ? pc.Common(n) : pc.User(n); };
-      StateFolder folder;
-      folder.kind = common ? StateFolder::Kind::kCommon : StateFolder::Kind::kUser;
-      folder.path = common ? "/common" : "/user";
-      folder.idv2 = ReadStored(path("device.idv2"));
-      folder.id = ReadStored(path("device.id"));
-      folder.record = ReadStored(path("hid_settings"));
-      folders.push_back(folder);
-    }
-    return folders;
+    return {Folder(StateFolder::Kind::kCommon), Folder(StateFolder::Kind::kUser)};
   }
 
   Explanation Explain(const char* format = "2.0") {
     MachineState machine;
     machine.format = format;
-    machine.folders = Folders();
     machine.administrator = administrator;
+    machine.folders = Folders();
     machine.next = Play(GetRequest({}, format));
     if (machine.format == "2.0") machine.recheck = Play(RecheckRequest({}, format));
     machine.hardware = CollectList(HidFormatVersion(2, 0), &machine.hardware_log);
-    return ExplainMachine(machine);
+    return Keep(ExplainMachine(machine));
+  }
+
+  Explanation ExplainCall(const char* format = "2.0") {
+    return Keep(ExplainLog(Play(GetRequest({}, format)).log));
+  }
+
+  // What the machine and the log of its next call tell.
+  void Expect(const std::string& of_machine, const std::string& of_log,
+              const char* format = "2.0") {
+    EXPECT_EQ(Summary(Explain(format)), of_machine);
+    EXPECT_EQ(Summary(ExplainCall(format)), of_log);
+  }
+
+  static std::string Warnings(const Explanation& explanation) {
+    std::string codes;
+    for (const Warning& warning : explanation.warnings) codes += warning.code + " ";
+    return codes;
+  }
+
+  void Days(std::int64_t days) { pc.ticks += days * 86400 * 10'000'000; }
+  void SetBoard(const wchar_t* text) { pc.Set(L"Win32_BaseBoard", L"SerialNumber", text); }
+  void SetVolume(const wchar_t* text) {
+    pc.Set(L"win32_logicaldisk WHERE deviceid=\"C:\"", L"VolumeSerialNumber", text);
+  }
+  // A machine as root, or an ordinary account, sees it on Linux.
+  void BeLinux(bool root) {
+    administrator = root;
+    const WmiValue none;
+    pc.Set(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", root ? WmiValue(L"PF0XYZ") : none);
+    pc.Set(L"Win32_BaseBoard", L"SerialNumber", root ? WmiValue(L"BOARD7") : none);
+    pc.adapters[0].name = "tun0";
   }
 
   bool administrator = true;
+
+ private:
+  // For explain_schema_test.py.
+  static Explanation Keep(const Explanation& explanation) {
+    if (const char* path = std::getenv("DEVICEID_EXPLANATIONS")) {
+      std::ofstream(path, std::ios::app) << ToJson(explanation) << ",\n";
+    }
+    return explanation;
+  }
 };
 
-TEST_F(ExplanationTest, Try) {
-  const auto show = [&](const char* title, const char* format = "2.0") {
-    const Explanation e = Explain(format);
-    std::cout << "=== " << title << " [" << (TextOf(e.verdict) ? TextOf(e.verdict) : "null") << " "
-              << e.status << "]\n"
-              << ToText(e, {false, UtcDay});
-    const Explanation l = ExplainLog(Play(GetRequest({}, format)).log);
-    std::cout << "--- log [" << (TextOf(l.verdict) ? TextOf(l.verdict) : "null") << " " << l.status
-              << "]\n"
-              << ToText(l, {false, UtcDay});
-  };
+TEST_F(ExplanationTest, TellsOfChangedParts) {
+  Expect("new-machine 0: Nothing is stored. The next call makes the id from the hardware.",
+         "new-machine 0: Nothing was stored. The call made the id from the hardware.");
+  GetId("2.0");
+  Expect(
+      "same 0: All 4 parts agree. One change is forgiven.",
+      "same 0: The record was younger than ten days, so the call gave the stored id. The hardware "
+      "gives the same id.");
+  SetBoard(L"BOARD8");
+  const std::string one =
+      "forgiven 0, board changed: 1 of 4 parts has changed, and one change is forgiven. One more "
+      "will "
+      "give a new id.";
+  Expect(
+      one,
+      "not-compared 0: The record was younger than ten days, so the call gave the stored id. The "
+      "hardware would give another id: some part has changed since that was made.");
+  Days(10);
+  Expect(one,
+         "forgiven 0: 1 of 4 parts has changed, and one change is forgiven. The call gave the "
+         "stored id.");
+  SetVolume(L"DEADBEEF");
+  const std::string two =
+      "10, volume changed, board changed: 2 of 4 parts have changed, and only one "
+      "change is forgiven. The ";
+  Expect(
+      "changes-now " + two + "next call gives a new id.",
+      "changes-now 10: 2 of 4 parts have changed, and only one change is forgiven. The call gave a "
+      "new id in place of " +
+          kId + ".");
+  EXPECT_EQ(ExplainCall().id, kOtherId);
+  Days(-10);
+  EXPECT_EQ(Summary(Explain()), "will-change " + two +
+                                    "id stays until the next comparison, which "
+                                    "will give a new id.");
+  pc.Set(L"Win32_BaseBoard", L"SerialNumber", {});
+  SetVolume(L"1234ABCD");
+  EXPECT_EQ(
+      Summary(Explain()),
+      "will-change 10, board gone, network moved: The board can no longer be read. Of 3 places "
+      "that can be compared, 2 agree, and 3 have to. The id stays until the next comparison, "
+      "which will give a new id.");
+  pc.LoseHardware();
+  const Explanation nothing = Explain();
+  EXPECT_EQ(nothing.recheck->id, std::nullopt);
+  EXPECT_EQ(nothing.sentence,
+            "No part can be read. The id stays until the next comparison, which "
+            "will give a random id.");
+}
 
+TEST_F(ExplanationTest, TellsOfMissingAndDamagedFiles) {
   GetId("2.0");
   const std::string record = ReadFileText(pc.Common("hid_settings"));
-  const auto reset = [&] {
-    std::filesystem::remove_all(std::filesystem::path(pc.Common("x")).parent_path());
-    std::filesystem::remove_all(std::filesystem::path(pc.User("x")).parent_path());
-    WriteFileText(pc.Common("hid_settings"), record);
-    WriteFileText(pc.Common("device.idv2"), Stored(kId));
-  };
-  WriteFileText(pc.Common("device.idv2"), Stored(kId) + "\r\n");
-  WriteFileText(pc.Common("device.id"), Stored(kOldId));
-  show("damaged idv2, older id");
-  pc.ticks += 10LL * 86400 * 10'000'000;
-  show("damaged idv2, older id, old");
-  pc.ticks -= 10LL * 86400 * 10'000'000;
-  reset();
-  WriteFileText(pc.User("device.idv2"), Stored(kOldId));
-  show("different ids");
-  reset();
-  std::filesystem::remove(pc.Common("device.idv2"));
-  show("record without id");
-  WriteFileText(pc.Common("device.idv2"), Stored(kId).substr(0, 20));
-  show("record with cut id");
-  reset();
+  fs::remove(pc.Common("hid_settings"));
+  Expect(
+      "made-anew 0: The record hid_settings is missing, so the next call makes the id anew from "
+      "the hardware. It stays the same.",
+      "made-anew 0: There was no record hid_settings that could be read, so the call made the id "
+      "anew from the hardware. It stayed the same.");
+  SetBoard(L"BOARD8");
   WriteFileText(pc.Common("hid_settings"), record.substr(0, 60));
-  show("cut record");
+  Expect(
+      "made-anew 10: The record in /common is damaged (it ends in its date), so the next call "
+      "makes the id anew from the hardware. It will be another one.",
+      "made-anew 10: There was no record hid_settings that could be read, so the call made the id "
+      "anew from the hardware. It became another one.");
+  EXPECT_EQ(
+      Summary(ExplainFolder(Folder(StateFolder::Kind::kCopy))),
+      "made-anew 10: The record in /common is damaged (it ends in its date). A call makes the id "
+      "anew from the hardware, so it stays only where that is the same.");
   WriteFileText(pc.Common("hid_settings"), StoredRecord::Text("x y"));
-  show("fatal record");
-  reset();
-  pc.Fail(PlatformCall::kCoInitializeEx, 0x80010106);
-  show("no com, young");
-  pc.ticks += 10LL * 86400 * 10'000'000;
-  show("no com, old");
-  pc.Recover();
-  pc.Set(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", {});
-  pc.Set(L"Win32_BaseBoard", L"SerialNumber", {});
-  pc.Set(L"win32_logicaldisk WHERE deviceid=\"C:\"", L"VolumeSerialNumber", L"1234abcd");
-  pc.adapters[0].name = "tun0"; pc.adapters[1].name="eth0"; pc.pci_devices[0].instance_id="eth0";
-  administrator = false;
-  show("ordinary account");
-  pc.ticks -= 10LL * 86400 * 10'000'000;
-  show("ordinary account, young");
-  const StateFolder kept = Folders()[0];
-  pc.LoseHardware();
-  show("no hardware");
-  pc.ticks += 10LL * 86400 * 10'000'000;
-  show("no hardware old");
-  StateFolder copy = kept; copy.kind = StateFolder::Kind::kCopy; copy.path = "~/copy";
-  std::cout << "=== folder\n" << ToText(ExplainFolder(copy), {false, UtcDay});
-  copy.record = {};
-  std::cout << "=== backup without record\n" << ToText(ExplainFolder(copy), {false, UtcDay});
-  Explanation e = Explain();
-  StateFolder other = kept; other.idv2.bytes=Stored(kOldId); 
-  CompareWithKept(e, Folders(), other);
-  std::cout << ToText(e, {true, UtcDay});
+  Expect(
+      "failed 20: The record in /common is damaged (its version is none): each call ends with "
+      "result 3.",
+      "failed 20: The call failed with result 3, since the record hid_settings is damaged (invalid "
+      "stoi argument).");
+
+  WriteFileText(pc.Common("hid_settings"), record);
+  WriteFileText(pc.Common("device.idv2"), Stored(kId) + "\r\n");
+  Expect(
+      "no-id 20, board changed: device.idv2 in /common is damaged (a line end stands at the id), "
+      "and there is a record: each call ends with result 4.",
+      "no-id 20: device.idv2 was damaged (a line end stands at the id), and there was a record: "
+      "the "
+      "call ended with result 4.");
+  EXPECT_EQ(Explain().advice, "Write the id of the record, " + kId +
+                                  ", into device.idv2 in /common, without a line end.");
+  WriteFileText(pc.Common("device.id"), Stored(kOldId));
+  const std::string lead = "(a line end stands at the id), so the older id of device.id st";
+  Expect(
+      "not-compared 0, board changed: device.idv2 in /common is damaged " + lead +
+          "ands in for it. The record belongs to " + kId +
+          ", so the hardware is not compared, and calls give the older id.",
+      "not-compared 0: device.idv2 was damaged " + lead +
+          "ood in for it. The record was younger than ten days, so the call gave that id without a "
+          "comparison.");
+  EXPECT_EQ(Explain().id, kOldId);
+
+  WriteFileText(pc.Common("device.idv2"), Stored(kId));
+  WriteFileText(pc.User("device.idv2"), Stored(kOldId));
+  EXPECT_TRUE(
+      Explain().sentence.starts_with("The two folders hold different ids. The one in /common "
+                                     "counts, and the next call removes the other. 1 of 4"));
+  WriteFileText(pc.Common("device.idv2"), Stored(kOldId));
+  EXPECT_EQ(ExplainFolder(Folder(StateFolder::Kind::kCopy)).sentence,
+            "The record belongs to another id, " + kId + ", so the hardware is not compared.");
+  Explanation explanation = Explain();
+  StateFolder kept = Folder(StateFolder::Kind::kCopy);
+  kept.idv2.bytes = Stored(kId);
+  CompareWithKept(explanation, Folders(), kept);
+  std::string differences;
+  for (const Difference& d : *explanation.against) differences += d.what + " " + *d.kept + ", ";
+  EXPECT_EQ(differences, "id " + kId + ", device.idv2 " + Stored(kId) + ", board board7, ");
+  fs::remove(pc.Common("device.idv2"));
+  fs::remove(pc.Common("device.id"));
+  fs::remove(pc.User("device.idv2"));
+  EXPECT_EQ(Summary(Explain()),
+            "no-id 20, board changed: No file holds an id, and there is a record: "
+            "each call ends with result 4.");
 }
+
+TEST_F(ExplanationTest, TellsOfHardwareThatCannotBeListed) {
+  GetId("2.0");
+  pc.Fail(PlatformCall::kConnectServer, 0x80041003);
+  EXPECT_EQ(
+      Summary(Explain()),
+      "cannot-compare 10: The hardware cannot be listed now (Failed to connect server). The id "
+      "stays until the next comparison, which will end with result 4.");
+  Days(10);
+  Expect(
+      "cannot-compare 20: A comparison is due, and the hardware cannot be listed (Failed to "
+      "connect "
+      "server): the next call ends with result 4.",
+      "cannot-compare 20: A comparison was due, and the hardware could not be listed (Failed to "
+      "connect server): the call ended with result 4.");
+  fs::remove(pc.Common("hid_settings"));
+  Expect(
+      "made-anew 0: The record hid_settings is missing, and no part can be read to make the id "
+      "anew. It stays.",
+      "made-anew 0: There was no record hid_settings that could be read, and no part could be read "
+      "to make the id anew. It stayed.");
+}
+
+TEST_F(ExplanationTest, TellsAnAccountWhatRootReads) {
+  BeLinux(true);
+  GetId("2.0");
+  BeLinux(false);
+  EXPECT_EQ(
+      Summary(ExplainCall()),
+      "not-compared 0: The record was younger than ten days, so the call gave the stored id. This "
+      "account cannot read the serial numbers of product and board, and without them the hardware "
+      "gives another id.");
+  Days(10);
+  const std::string why =
+      "The product and the board can be read by root, and not by this account. Of 2 places that "
+      "can be "
+      "compared, 1 agrees, and 2 have to. The ";
+  Expect("changes-now 10, product gone, board gone, network moved: " + why +
+             "next call gives this account another id.",
+         "changes-now 10, product gone, board gone: " + why + "call gave this account another id.");
+  EXPECT_EQ(Explain().warnings[0].text,
+            "Root reads the product \"pf0xyz\" and the board \"board7\".");
+  GetId("2.0");
+  BeLinux(true);
+  Days(10);
+  EXPECT_EQ(
+      Explain().sentence,
+      "The product and the board can be read by root, and could not be by the account that made "
+      "the record. Of 2 places that can be compared, 1 agrees, and 2 have to. The next call gives "
+      "this account another id.");
+  // A value that fails on the way is another matter.
+  pc.Fail(PlatformCall::kExecQuery, 0x80041001, "Win32_BaseBoard");
+  BeLinux(false);
+  administrator = true;
+  GetId("2.0");
+  BeLinux(true);
+  EXPECT_TRUE(Explain().sentence.starts_with("The product can be read now, and could not when"));
+}
+
+TEST_F(ExplanationTest, TellsOfRandomIdsAndOlderFormats) {
+  pc.LoseHardware();
+  Expect(
+      "new-machine 0: Nothing is stored. The next call makes a random id, since no part can be "
+      "read.",
+      "new-machine 0: Nothing was stored. The call made a random id, since no part could be read.");
+  GetId("2.0");
+  EXPECT_EQ(Summary(Explain()),
+            "not-compared 0: The record belongs to a random id, which is never "
+            "compared with the hardware. The id stays.");
+  EXPECT_EQ(
+      Summary(ExplainCall("1.5")),
+      "from-hardware 10: No part could be read, so the id of format 1.5 rests on a number that "
+      "the call drew.");
+  WriteFileText(pc.Common("device.id"), kId);
+  Expect("stored 0: The id of format 1.6 is stored, and stays whatever the hardware does.",
+         "stored 0: The call gave the stored id of format 1.6, which stays whatever the hardware "
+         "does.",
+         "1.6");
+}
+
+TEST_F(ExplanationTest, WarnsOfWhatMayBecomeAProblem) {
+  SetBoard(L"Default string");
+  GetId("2.0");
+  Days(-1);
+  SetBoard(L"DEFAULT-STRING");
+  WriteFileText(pc.Common("hid_settings"), ReadFileText(pc.Common("hid_settings")) + "x");
+  pc.pci_devices.clear();
+  EXPECT_EQ(Warnings(Explain()),
+            "respelled shared-value shared-value trailing-bytes adapter-choice "
+            "future-record ");
+  fs::remove(pc.Common("hid_settings"));
+  pc.Fail(PlatformCall::kCreateFile, 5, "common");
+  EXPECT_EQ(Warnings(ExplainCall()), "shared-value shared-value adapter-choice own-id ");
+}
+
+TEST_F(ExplanationTest, IsReadByPeople) {
+  GetId("2.0");
+  pc.adapters[1].address = {0x02, 0x11, 0x22, 0x33, 0x44, 0x55};
+  const TextStyle style = {false, [](std::int64_t time) { return UtcText(time).substr(0, 10); }};
+  EXPECT_EQ(ToText(Explain(), style),
+            "KEPT  1 of 4 parts has changed, and one change is forgiven. One more will give a\n"
+            "      new id.\n"
+            "\n"
+            "  part     when stored          now\n"
+            "  volume   1234abcd             1234abcd             same\n"
+            "  product  pf0xyz               pf0xyz               same\n"
+            "  board    board7               board7               same\n"
+            "  network  00:1a:2b:c3:d4:0f    02:11:22:33:44:55    changed\n"
+            "\n"
+            "  id       2-0-e605da79-8246-9201-b359-b533fafc9984\n"
+            "  stored   2023-11-14 in /common, for all accounts\n"
+            "  next     compared again from 2023-11-24 on; 3 of 4 have to agree, 3 do\n"
+            "  do       nothing\n"
+            "  note     The network \"02:11:22:33:44:55\" is an address that software has set\n"
+            "           and can set anew.\n");
+
+  Explanation wild = Explain();
+  wild.sentence = "a\nb\x1b[2J\xe9";
+  wild.parts = {
+      {{PartName::kProduct, PartName::kBoard}, std::string(200, 'x'), "\x9b", PartState::kGone}};
+  wild.warnings.clear();
+  const std::string text = ToText(wild, {true, style.date});
+  EXPECT_TRUE(text.starts_with("\x1b[1;32mKEPT\x1b[0m  a\\x0ab\\x1b[2J\xc3\xa9\n")) << text;
+  EXPECT_NE(text.find("  product or board  xxxxxxxxxxxxxxxxxxxxxxxx  \\xc2\\x9b"),
+            std::string::npos)
+      << text;
+  EXPECT_NE(text.find("\n                    xxxxxxxxxxxxxxxxxxxxx...\n"), std::string::npos)
+      << text;
+  EXPECT_NE(ToJson(wild).find("\"sentence\": \"a\\nb\\u001b[2J\xc3\xa9\""), std::string::npos);
 }
 
 }  // namespace

@@ -49,9 +49,12 @@ std::vector<Part> ListPresent(const std::vector<NamedValue>& values) {
   return parts;
 }
 
-bool AnySerialNumber(const std::vector<Part>& parts, PartState state) {
-  return std::any_of(parts.begin(), parts.end(), [state](const Part& part) {
-    return part.state == state && IsSerialNumber(part);
+bool AnySerialNumberFailed(const LogFacts& facts) {
+  if (facts.readings.empty()) return false;
+  const auto& values = facts.readings.back().values;
+  return std::any_of(values.begin(), values.end(), [](const ReadValue& value) {
+    return !value.failure.empty() &&
+           (value.name == PartName::kProduct || value.name == PartName::kBoard);
   });
 }
 

@@ -26,8 +26,8 @@ std::vector<NamedValue> AllValuesOf(const LogFacts& facts);
 // Values that there is nothing to compare with.
 std::vector<Part> ListPresent(const std::vector<NamedValue>& values);
 
-// True if one of the serial numbers that root alone can read on Linux is in this state.
-bool AnySerialNumber(const std::vector<Part>& parts, PartState state);
+// True if product or board have a line that tells of a failure.
+bool AnySerialNumberFailed(const LogFacts& facts);
 
 void TellCounts(const std::optional<MatchCounts>& counts, Explanation& explanation);
 

@@ -79,7 +79,7 @@ void DescribeFiles(const std::vector<StateFolder>& folders, Findings& findings) 
   if (const auto fatal = FindFatalRecord(folders)) {
     findings.fatal_record = findings.end == CallEnd::kFailed;
     words["record_folder"] = fatal->folder->path;
-    words["record_damage"] = fatal->content.damaged_field + ": " + fatal->content.damage;
+    words["record_damage"] = fatal->content.damage;
   }
 }
 
@@ -102,11 +102,18 @@ void LocateId(const std::vector<StateFolder>& folders, const LogFacts& facts,
   }
 }
 
-void FindAccounts(const MachineState& machine, Findings& findings) {
-  // Windows shows serial numbers to every account.
-  if (machine.windows) return;
-  findings.other_account =
-      AnySerialNumber(findings.parts, machine.administrator ? PartState::kNew : PartState::kGone);
+// On Linux the serial numbers are all there or all missing, and their lines say nothing of a
+// failure. Windows shows them to every account.
+void FindAccounts(const MachineState& machine, const LogFacts& next, Findings& findings) {
+  if (machine.windows || !machine.hardware || machine.hardware->empty()) return;
+  const PartState one_sided = machine.administrator ? PartState::kNew : PartState::kGone;
+  const bool told = std::any_of(
+      findings.parts.begin(), findings.parts.end(),
+      [&](const Part& part) { return part.state == one_sided && IsSerialNumber(part); });
+  const bool both_sides = std::any_of(
+      findings.parts.begin(), findings.parts.end(),
+      [&](const Part& part) { return part.state != one_sided && IsSerialNumber(part); });
+  findings.other_account = told && !both_sides && !AnySerialNumberFailed(next);
 }
 
 // Where the log of an old format's call has values, they are told; there is nothing beside them.
@@ -140,7 +147,7 @@ Explanation ExplainMachine(const MachineState& machine) {
       explanation.due || !machine.recheck ? machine.next : *machine.recheck;
   findings.random = deciding.random;
   findings.same_id = !deciding.random && deciding.id && deciding.id == explanation.id;
-  FindAccounts(machine, findings);
+  FindAccounts(machine, next, findings);
   findings.words = {{"format", machine.format},
                     {"id_folder", explanation.id_folder},
                     {"new_id", deciding.random ? "a random id" : "a new id"},

@@ -195,10 +195,11 @@ std::string DescribeOutcome(const CallOutcome& outcome) {
 std::string DescribeNext(const Explanation& explanation, const TextStyle& style) {
   std::string text;
   const auto& record = explanation.record;
-  if (record && explanation.verdict != Verdict::kNotCompared) {
+  const bool comparable = !explanation.due || explanation.compared.value_or(0) > 0;
+  if (record && explanation.verdict != Verdict::kNotCompared && comparable) {
     text = explanation.due ? "compared by the next call"
                            : "compared again from " + style.date(record->compared_from) + " on";
-    if (explanation.compared) {
+    if (explanation.compared.value_or(0) > 0) {
       text += "; " + std::to_string(*explanation.needed) + " of " +
               std::to_string(*explanation.compared) + " have to agree, " +
               std::to_string(*explanation.agree) + (*explanation.agree == 1 ? " does" : " do");
@@ -206,7 +207,7 @@ std::string DescribeNext(const Explanation& explanation, const TextStyle& style)
   }
   const auto& outcome = explanation.due ? explanation.next : explanation.recheck;
   const bool told = outcome && (outcome->id != explanation.id || !outcome->id);
-  if (told) text += (text.empty() ? "" : "; gives ") + DescribeOutcome(*outcome);
+  if (told) text += (text.empty() ? "" : "; then ") + DescribeOutcome(*outcome);
   return text.empty() ? "the same id" : text;
 }
 

@@ -111,6 +111,18 @@ void DescribeSearches(const LogFacts& facts, Findings& findings) {
   findings.words["record_trouble"] = "There was no record hid_settings that could be read";
 }
 
+// True for the hardware as an account reads it that is not root: other values are there, and fewer
+// than the record has, if that was looked at.
+bool LacksSerialNumbers(const LogFacts& facts) {
+  if (facts.readings.empty() || AnySerialNumberFailed(facts)) return false;
+  const std::vector<NamedValue> values = facts.readings.back().Listed();
+  const bool fewer = !facts.counts || facts.counts->stored > facts.counts->runtime;
+  return fewer && !values.empty() &&
+         std::none_of(values.begin(), values.end(), [](const NamedValue& value) {
+           return value.name == PartName::kProduct || value.name == PartName::kBoard;
+         });
+}
+
 std::string DescribeFailure(const LogFacts& facts) {
   const std::string reason = facts.failure.value_or("");
   return reason.empty() ? "result 4" : "result 3: " + reason;
@@ -144,12 +156,13 @@ Explanation ExplainLog(std::string_view bytes) {
   const std::optional<std::string> stored = StoredIdOf(facts);
   const bool young = facts.end == CallEnd::kRecordIsYoung;
   findings.same_id = stored && (young ? facts.runtime_id : explanation.id) == stored;
-  findings.other_account = IsFromLinux(facts) && AnySerialNumber(findings.parts, PartState::kGone);
+  findings.other_account = IsFromLinux(facts) && LacksSerialNumbers(facts);
   findings.fatal_record = std::find(std::begin(kRecordFailures), std::end(kRecordFailures),
                                     facts.failure.value_or("")) != std::end(kRecordFailures);
   findings.words = {{"format", facts.format},
                     {"call", facts.call},
                     {"failure", DescribeFailure(facts)},
+                    {"reason", facts.failure.value_or("")},
                     {"reading_failure", ReadingFailureOf(facts)},
                     {"new_id", std::string(facts.random ? "a random id" : "a new id") +
                                    (stored ? " in place of " + *stored : "")}};

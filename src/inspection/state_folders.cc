@@ -99,7 +99,7 @@ std::string DescribeBadRecord(const std::vector<StateFolder>& folders) {
     const RecordContent content = DecodeRecord(folder.record.bytes);
     if (content.state == ContentState::kEmpty) return name + " is empty";
     if (content.state == ContentState::kDamaged) {
-      return name + " is damaged (" + content.damaged_field + ": " + content.damage + ")";
+      return name + " is damaged (" + content.damage + ")";
     }
   }
   return {};

@@ -93,16 +93,16 @@ class FieldReader {
       static_cast<void>(HidFormatVersion(version));
       return true;
     } catch (const std::exception& failure) {
-      return Fail("version", "it is no version", failure.what());
+      return Fail("version", "its version is none", failure.what());
     }
   }
 
   bool ReadParts() {
     if (!ReadNumber("number of parts", content_.count)) return false;
     if (*content_.count > kMaxHardwareIds) {
-      return Fail("number of parts", "it says " + std::to_string(*content_.count) +
-                                         ", and a record has " + std::to_string(kMaxHardwareIds) +
-                                         " at most");
+      return Fail("number of parts", "its number of parts is " + std::to_string(*content_.count) +
+                                         ", and " + std::to_string(kMaxHardwareIds) +
+                                         " is the largest");
     }
     for (std::uint32_t i = 1; i <= *content_.count; ++i) {
       std::string part;
@@ -115,13 +115,13 @@ class FieldReader {
   bool ReadText(const std::string& field, std::string& text) {
     std::optional<std::uint32_t> length;
     if (!ReadNumber("length of the " + field, length)) return false;
-    const std::string says = "it says " + std::to_string(*length) + " bytes";
+    const std::string says = "the length of its " + field + " is " + std::to_string(*length);
     if (*length > kMaxStringLength) {
       return Fail("length of the " + field, says, "basic_string::resize");
     }
     if (*length > rest_.size()) {
       return Fail("length of the " + field,
-                  says + ", and " + std::to_string(rest_.size()) + " are left");
+                  says + ", and " + std::to_string(rest_.size()) + " bytes are left");
     }
     text = rest_.substr(0, *length);
     rest_.remove_prefix(*length);
@@ -130,7 +130,7 @@ class FieldReader {
 
   template <typename Number>
   bool ReadNumber(const std::string& field, std::optional<Number>& number) {
-    if (rest_.size() < sizeof(Number)) return Fail(field, "the file ends in it");
+    if (rest_.size() < sizeof(Number)) return Fail(field, "it ends in its " + field);
     std::uint64_t bits = 0;
     for (std::size_t i = sizeof(Number); i-- > 0;) {
       bits = bits << 8 | static_cast<unsigned char>(rest_[i]);

@@ -49,8 +49,8 @@ struct RecordContent {
   std::optional<std::uint32_t> count;
   std::vector<std::string> parts;  // Without empty ones, which are skipped.
 
-  std::string damaged_field;  // "the length of the version"
-  std::string damage;         // "the file ends in the length of the version"
+  std::string damaged_field;  // "length of the version"
+  std::string damage;         // "it ends in its length of the version"
   std::string failure;        // If fatal: the reason as the log tells it.
   std::size_t trailing_bytes = 0;
 };

@@ -70,6 +70,8 @@ constexpr const char* kPutRecordBack =
 constexpr const char* kWhoChangedFiles =
     "Nothing if an id was put back on purpose. Otherwise find out who changed a file.";
 
+constexpr const char* kExplainThere = "Explain on the machine which id its record holds.";
+
 constexpr VerdictRule kRules[] = {
     // This machine, where the record is compared, or would be.
     {kMachine, kAny, CallEnd::kHardwareMatches, AllSame, Verdict::kSame, 0, "{agreement} {reserve}",
@@ -106,8 +108,8 @@ constexpr VerdictRule kRules[] = {
      "The record belongs to a random id, which is never compared with the hardware. The id stays.",
      ""},
     {kMachine, kAny, CallEnd::kRecordHasOtherId, OlderId, Verdict::kNotCompared, 0,
-     "The record belongs to the id {record_id}, so the hardware is not compared. The older id "
-     "stays.",
+     "The record belongs to {record_id}, so the hardware is not compared, and calls give the older "
+     "id.",
      kWriteRecordId},
     {kMachine, kAny, CallEnd::kRecordHasOtherId, kAlways, Verdict::kNotCompared, 0,
      "The record belongs to another id, {record_id}, so the hardware is not compared. The stored "
@@ -169,7 +171,9 @@ constexpr VerdictRule kRules[] = {
     {kFolder, CallEnd::kRecordIsRandom, kAny, kAlways, Verdict::kNotCompared, 0,
      "The record belongs to a random id, which is never compared with the hardware.", ""},
     {kFolder, CallEnd::kRecordHasOtherId, kAny, OlderId, Verdict::kNotCompared, 0,
-     "The record belongs to the id {record_id}, so the hardware is not compared.", kWriteRecordId},
+     "The record belongs to {record_id}, so the hardware is not compared, and calls give the older "
+     "id.",
+     kWriteRecordId},
     {kFolder, CallEnd::kRecordHasOtherId, kAny, kAlways, Verdict::kNotCompared, 0,
      "The record belongs to another id, {record_id}, so the hardware is not compared.",
      kWhoChangedFiles},
@@ -181,7 +185,7 @@ constexpr VerdictRule kRules[] = {
     {kLog, kAny, kAny, NoCall, Verdict::kUndecided, 20, "This is not the log of a call.",
      "Give the log as the host got it, or the folder with the stored files."},
     {kLog, CallEnd::kFailed, kAny, FatalRecord, Verdict::kFailed, 20,
-     "The call failed with result 3, since the record hid_settings is damaged ({failure}).",
+     "The call failed with result 3, since the record hid_settings is damaged ({reason}).",
      "Move hid_settings away, and keep it. The next call makes the id from the hardware."},
     {kLog, CallEnd::kFailed, kAny, kAlways, Verdict::kFailed, 20, "The call failed with {failure}.",
      "Call again. If it goes on, look at the memory of the host's process."},
@@ -199,6 +203,13 @@ constexpr VerdictRule kRules[] = {
      "Let either root alone or ordinary accounts alone ask for the id."},
     {kLog, CallEnd::kHardwareHasChanged, kAny, kAlways, Verdict::kChangesNow, 10,
      "{change} The call gave {new_id}.", "If the old id is to stay, roll back as the guide tells."},
+    {kLog, CallEnd::kRecordIsYoung, kAny, OlderId, Verdict::kNotCompared, 0,
+     "The record was younger than ten days, so the call gave that id without a comparison.",
+     kExplainThere},
+    {kLog, CallEnd::kRecordHasOtherId, kAny, OlderId, Verdict::kNotCompared, 0,
+     "The record belonged to another id, so the hardware was not compared, and the call gave the "
+     "older id.",
+     kExplainThere},
     {kLog, CallEnd::kRecordIsYoung, kAny, Random, Verdict::kNotCompared, 0,
      "The record was younger than ten days, so the call gave the stored id. No part could be read.",
      kMendHardware},
@@ -207,6 +218,11 @@ constexpr VerdictRule kRules[] = {
      "The record was younger than ten days, so the call gave the stored id. The hardware gives the "
      "same id.",
      ""},
+    {kLog, CallEnd::kRecordIsYoung, kAny, OtherAccount, Verdict::kNotCompared, 0,
+     "The record was younger than ten days, so the call gave the stored id. This account cannot "
+     "read the serial numbers of product and board, and without them the hardware gives another "
+     "id.",
+     "Let either root alone or ordinary accounts alone ask for the id."},
     {kLog, CallEnd::kRecordIsYoung, kAny, kAlways, Verdict::kNotCompared, 0,
      "The record was younger than ten days, so the call gave the stored id. The hardware would "
      "give "
@@ -238,8 +254,7 @@ constexpr VerdictRule kRules[] = {
      "{record_trouble}, so the call made the id anew from the hardware. It became another one.",
      "If the old id is to stay, roll back as the guide tells."},
     {kLog, CallEnd::kNoId, kAny, kAlways, Verdict::kNoId, 20,
-     "{id_trouble}, and there was a record: the call ended with result 4.",
-     "Explain on the machine which id the record holds."},
+     "{id_trouble}, and there was a record: the call ended with result 4.", kExplainThere},
     {kLog, CallEnd::kStoredId, kAny, kAlways, Verdict::kStored, 0,
      "The call gave the stored id of format {format}, which stays whatever the hardware does.", ""},
     {kLog, CallEnd::kFromHardware, kAny, Random, Verdict::kFromHardware, 10,
@@ -265,7 +280,8 @@ struct Lead {
 constexpr Lead kLeads[] = {
     {OlderId, "{older_id}. "},
     {[](const Findings& f) { return f.different_ids; },
-     "The two folders hold different ids, and the one in {id_folder} counts. "},
+     "The two folders hold different ids. The one in {id_folder} counts, and the next call removes "
+     "the other. "},
 };
 
 bool Fits(const VerdictRule& rule, const Findings& findings) {

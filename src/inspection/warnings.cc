@@ -38,10 +38,9 @@ void WarnOfRecord(const StoredFile& file, const std::string& name, std::vector<W
   }
   if (content.state == ContentState::kDamaged) {
     const bool fatal = content.use == RecordUse::kFatal;
-    warnings.push_back(
-        {"damaged-file",
-         name + " is damaged in its " + content.damaged_field + ": " + content.damage +
-             (fatal ? ". Each call fails and leaves it there." : ". The next call removes it.")});
+    warnings.push_back({"damaged-file", name + " is damaged: " + content.damage +
+                                            (fatal ? ". Each call fails and leaves it there."
+                                                   : ". The next call removes it.")});
   }
   if (content.trailing_bytes > 0) {
     warnings.push_back({"trailing-bytes", name + " has " + std::to_string(content.trailing_bytes) +

@@ -33,7 +33,7 @@ readonly windows_packages=(
 
 # What the tests need beside those.
 readonly test_packages=(
-    python3 python3-pefile clang clang-format clang-tidy
+    python3 python3-jsonschema python3-pefile clang clang-format clang-tidy
     lld mono-mcs mono-runtime libjna-java unzip pkg-config
 )
 
