@@ -7,7 +7,8 @@
  * Windows call from a thread that is in no single-threaded apartment of COM: there the hardware
  * cannot be read, and an id made without hardware is a random one, with DEVICEID_SUCCESS. The
  * library keeps no pointer to a host's buffer after a call returns, starts no threads and needs no
- * call before or after use. Define DEVICEID_STATIC to link the static library; CMake does so itself.
+ * call before or after use. Define DEVICEID_STATIC to link the static library; CMake does so
+ * itself.
  */
 #ifndef DEVICEID_H
 #define DEVICEID_H

@@ -1,7 +1,6 @@
 #include "inspection/overlaid_files.h"
 
 #include <algorithm>
-#include <cstring>
 #include <tuple>
 #include <utility>
 
@@ -90,17 +89,17 @@ int OverlaidFiles::OpenToWrite(const std::string& path) { return Add(ToWrite(Nam
 
 int OverlaidFiles::Read(int file, char* bytes, unsigned size) {
   auto& [entry, position] = open_.at(static_cast<std::size_t>(file));
-  const FileFacts& facts = entry->now;
-  if (facts.read_failed) return -1;
+  const FileRights& rights = entry->now;
+  if (rights.read_failed) return -1;
   std::string part;
-  if (position < facts.start.size()) {
-    part = facts.start.substr(static_cast<std::size_t>(position), size);
-  } else if (facts.longer) {
+  if (position < rights.start.size()) {
+    part = rights.start.substr(static_cast<std::size_t>(position), size);
+  } else if (rights.longer) {
     const auto rest = ReadPart(entry->path, position, size);
     if (!rest) return -1;
     part = *rest;
   }
-  std::memcpy(bytes, part.data(), part.size());
+  std::copy(part.begin(), part.end(), bytes);
   position += part.size();
   return static_cast<int>(part.size());
 }
@@ -131,14 +130,14 @@ OverlaidFiles::Entry* OverlaidFiles::At(const std::string& path) {
   const auto known = entries_.find(key);
   if (known != entries_.end()) return &known->second;
 
-  FileFacts facts;
+  FileRights rights;
   if (!entries_.contains(*folder)) {
-    facts = LookAt(path);
+    rights = LookUpRights(path);
   } else if (own_.enter) {
-    facts.standing = Standing::kNothing;
-    facts.may_make_file = facts.may_make_folder = facts.may_remove_name = own_.write;
+    rights.standing = Standing::kNothing;
+    rights.may_make_file = rights.may_make_folder = rights.may_remove_name = own_.write;
   }
-  return &entries_.emplace(key, Entry{key, path, facts, facts, {}, 0}).first->second;
+  return &entries_.emplace(key, Entry{key, path, rights, rights, {}, 0}).first->second;
 }
 
 OverlaidFiles::Entry* OverlaidFiles::Behind(std::string path, bool any_link) {
@@ -175,23 +174,23 @@ OverlaidFiles::Entry* OverlaidFiles::ToRead(const Name& name, bool make) {
 OverlaidFiles::Entry* OverlaidFiles::ToWrite(const Name& name, bool empty) {
   Entry* file = Behind(name.path, false);
   if (file == nullptr) return nullptr;
-  FileFacts& facts = file->now;
-  if (facts.standing == Standing::kNothing) return MakeFile(*file, name) ? file : nullptr;
-  if (facts.standing != Standing::kFile) return nullptr;
-  if (!empty) return facts.may_write && facts.holder == Holder::kNobody ? file : nullptr;
-  if (!facts.may_empty) return nullptr;
+  FileRights& rights = file->now;
+  if (rights.standing == Standing::kNothing) return MakeFile(*file, name) ? file : nullptr;
+  if (rights.standing != Standing::kFile) return nullptr;
+  if (!empty) return rights.may_write && rights.holder == Holder::kNobody ? file : nullptr;
+  if (!rights.may_empty) return nullptr;
   Change(*file, name, Standing::kFile);
-  facts.start.clear();
-  facts.longer = facts.read_failed = false;
+  rights.start.clear();
+  rights.longer = rights.read_failed = false;
   return file;
 }
 
 bool OverlaidFiles::MakeFile(Entry& entry, const Name& name) {
   if (!entry.now.may_make_file) return false;
   Change(entry, name, Standing::kFile);
-  FileFacts& facts = entry.now;
-  facts.may_read = facts.may_delete = own_.read;
-  facts.may_write = facts.may_empty = own_.write;
+  FileRights& rights = entry.now;
+  rights.may_read = rights.may_delete = own_.read;
+  rights.may_write = rights.may_empty = own_.write;
   return true;
 }
 

@@ -45,8 +45,8 @@ class OverlaidFiles final : public FileOverlay {
   struct Entry {
     std::string key;
     std::string path;
-    FileFacts before;
-    FileFacts now;
+    FileRights before;
+    FileRights now;
     std::string changed_as;  // The path by which the library changed it, in narrow form.
     int last_change = 0;     // 0 if it was not changed.
   };

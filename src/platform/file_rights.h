@@ -15,8 +15,8 @@
 
 namespace system_info {
 
-// The form of a path that all functions here take, in which the narrow and the wide name of a file
-// are the same: UTF-8 on Windows, the bytes of the path elsewhere.
+// The form of a path that all functions here take, in which the narrow and the wide name that the
+// library has for a file are the same: UTF-8 on Windows, the bytes of the path elsewhere.
 std::string SystemPath(const std::string& narrow);
 std::string SystemPath(const std::wstring& wide);
 
@@ -34,7 +34,7 @@ enum class Standing {
 
 enum class Holder { kNobody, kReader, kWriter };
 
-struct FileFacts {
+struct FileRights {
   // Of the path itself, without a step through a link.
   Standing standing = Standing::kUnknown;
 
@@ -64,7 +64,7 @@ struct FileFacts {
   bool longer = false;
 };
 
-FileFacts LookAt(const std::string& path);
+FileRights LookUpRights(const std::string& path);
 
 // At most `size` bytes of a file from `offset` on, or none if they cannot be read.
 std::optional<std::string> ReadPart(const std::string& path, std::uint64_t offset,

@@ -1,6 +1,6 @@
 /*
- * many_calls LIBRARY THREADS CALLS DESCRIPTORS: calls for format 2.0 from many threads, with at most so
- * many descriptors. Prints how often each result came.
+ * many_calls LIBRARY THREADS CALLS DESCRIPTORS: calls for format 2.0 from many threads, with at
+ * most so many descriptors. Prints how often each result came.
  */
 #include <dlfcn.h>
 #include <pthread.h>

@@ -1,6 +1,6 @@
-// Parts of the compiler's own libraries and of new versions of glibc, made of what older ones have. They
-// are for the shared library, which takes the compiler's libraries in and runs wherever glibc is 2.34 or
-// newer.
+// Parts of the compiler's own libraries and of new versions of glibc, made of what older ones have.
+// They are for the shared library, which takes the compiler's libraries in and runs wherever glibc
+// is 2.34 or newer.
 
 #include <cxxabi.h>
 #include <dlfcn.h>

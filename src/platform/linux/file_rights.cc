@@ -109,35 +109,35 @@ Holder HolderOf(int file) {
   return lock.l_type == F_RDLCK ? Holder::kReader : Holder::kWriter;
 }
 
-void LookAtFile(const Location& location, const Status& status, FileFacts& facts) {
-  facts.may_write = Permits(location.folder(), location.name(), W_OK) && !IsAppendOnly(status);
-  facts.may_empty = facts.may_write;
+void LookUpFile(const Location& location, const Status& status, FileRights& rights) {
+  rights.may_write = Permits(location.folder(), location.name(), W_OK) && !IsAppendOnly(status);
+  rights.may_empty = rights.may_write;
   const Descriptor file = OpenToLook(location);
   if (!file.valid()) {
     ThrowIfOutOfResources(errno, location.name());
     return;
   }
-  facts.may_read = true;
+  rights.may_read = true;
   // Who deletes a file opens it first.
-  facts.may_delete = true;
-  facts.holder = HolderOf(file.get());
-  facts.read_failed = !ReadInto(facts.start, file.get(), 0, kStart);
-  if (facts.read_failed) facts.start.clear();
-  facts.longer = facts.start.size() == kStart;
+  rights.may_delete = true;
+  rights.holder = HolderOf(file.get());
+  rights.read_failed = !ReadInto(rights.start, file.get(), 0, kStart);
+  if (rights.read_failed) rights.start.clear();
+  rights.longer = rights.start.size() == kStart;
 }
 
 // As state files follow links.
-void LookAtLink(const std::string& path, const Location& location, const Status& status,
-                FileFacts& facts) {
+void LookUpLink(const std::string& path, const Location& location, const Status& status,
+                FileRights& rights) {
   std::array<char, PATH_MAX> target = {};
   const ssize_t length =
       readlinkat(location.folder(), location.name(), target.data(), target.size());
   if (length < 0) return;
   const std::string text(target.data(), static_cast<std::size_t>(length));
-  facts.target = text.starts_with('/') ? text : path.substr(0, path.rfind('/') + 1) + text;
-  facts.trusted = status.stx_uid == 0 || status.stx_uid == geteuid();
+  rights.target = text.starts_with('/') ? text : path.substr(0, path.rfind('/') + 1) + text;
+  rights.trusted = status.stx_uid == 0 || status.stx_uid == geteuid();
   struct stat behind = {};
-  facts.followed = fstatat(location.folder(), location.name(), &behind, 0) == 0 || errno == ENOENT;
+  rights.followed = fstatat(location.folder(), location.name(), &behind, 0) == 0 || errno == ENOENT;
 }
 
 // The mask of the process, which can only be asked by changing it, but for this file.
@@ -177,29 +177,29 @@ std::optional<std::string> FolderIdentity(const std::string& path) {
   return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
 }
 
-FileFacts LookAt(const std::string& path) {
-  FileFacts facts;
+FileRights LookUpRights(const std::string& path) {
+  FileRights rights;
   const Location location(path);
   const std::string folder_name = FolderOf(location.name());
   Status folder = {};
   if (!location.valid() || !ReadStatus(location.folder(), (folder_name + "/").c_str(), folder)) {
     ThrowIfOutOfResources(errno, path.c_str());
-    return facts;
+    return rights;
   }
-  facts.may_make_file = Permits(location.folder(), folder_name.c_str(), W_OK | X_OK);
-  facts.may_make_folder = facts.may_make_file;
-  facts.may_remove_name = facts.may_make_file && !IsAppendOnly(folder);
+  rights.may_make_file = Permits(location.folder(), folder_name.c_str(), W_OK | X_OK);
+  rights.may_make_folder = rights.may_make_file;
+  rights.may_remove_name = rights.may_make_file && !IsAppendOnly(folder);
   Status status = {};
   if (!ReadStatus(location.folder(), location.name(), status)) {
     ThrowIfOutOfResources(errno, path.c_str());
-    if (errno == ENOENT) facts.standing = Standing::kNothing;
-    return facts;
+    if (errno == ENOENT) rights.standing = Standing::kNothing;
+    return rights;
   }
-  facts.standing = StandingOf(status);
-  if (IsFixed(status) || IsStuck(folder, status)) facts.may_remove_name = false;
-  if (facts.standing == Standing::kFile) LookAtFile(location, status, facts);
-  if (facts.standing == Standing::kLink) LookAtLink(path, location, status, facts);
-  return facts;
+  rights.standing = StandingOf(status);
+  if (IsFixed(status) || IsStuck(folder, status)) rights.may_remove_name = false;
+  if (rights.standing == Standing::kFile) LookUpFile(location, status, rights);
+  if (rights.standing == Standing::kLink) LookUpLink(path, location, status, rights);
+  return rights;
 }
 
 std::optional<std::string> ReadPart(const std::string& path, std::uint64_t offset,
