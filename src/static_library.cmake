@@ -12,6 +12,8 @@ list(JOIN exports "\n" exports)
 file(CONFIGURE OUTPUT exports.txt CONTENT "${exports}\n" @ONLY)
 set(single ${CMAKE_CURRENT_BINARY_DIR}/deviceid.o)
 separate_arguments(flags UNIX_COMMAND "${CMAKE_CXX_FLAGS}")
+# The runtime of a sanitizer comes with the program.
+list(FILTER flags EXCLUDE REGEX -fsanitize)
 if(CMAKE_CXX_COMPILER_TARGET)
   list(APPEND flags --target=${CMAKE_CXX_COMPILER_TARGET})
 endif()
