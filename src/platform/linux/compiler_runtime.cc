@@ -42,7 +42,7 @@ namespace {
 
 struct Search {
   std::uintptr_t address;
-  void* unwind_tables;
+  std::uintptr_t unwind_tables;
 };
 
 int LookInto(dl_phdr_info* object, std::size_t /*size*/, void* data) {
@@ -55,7 +55,7 @@ int LookInto(dl_phdr_info* object, std::size_t /*size*/, void* data) {
     if (part.p_type == PT_LOAD && search.address - start < part.p_memsz) is_inside = true;
     if (part.p_type == PT_GNU_EH_FRAME) unwind_tables = start;
   }
-  if (is_inside) search.unwind_tables = reinterpret_cast<void*>(unwind_tables);
+  if (is_inside) search.unwind_tables = unwind_tables;
   return is_inside ? 1 : 0;
 }
 
@@ -63,10 +63,11 @@ int LookInto(dl_phdr_info* object, std::size_t /*size*/, void* data) {
 
 // Finds what handles the exceptions of the code at `address`.
 extern "C" int _dl_find_object(void* address, dl_find_object* result) noexcept {
-  Search search = {reinterpret_cast<std::uintptr_t>(address), nullptr};
+  Search search = {reinterpret_cast<std::uintptr_t>(address), 0};
   dl_iterate_phdr(LookInto, &search);
-  result->dlfo_eh_frame = search.unwind_tables;
-  return search.unwind_tables != nullptr ? 0 : -1;
+  result->dlfo_eh_frame =
+      reinterpret_cast<void*>(search.unwind_tables);  // NOLINT(performance-no-int-to-ptr)
+  return search.unwind_tables != 0 ? 0 : -1;
 }
 
 #endif
