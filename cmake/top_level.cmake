@@ -21,5 +21,3 @@ set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 if(WIN32)
   add_link_options(-Wl,--no-insert-timestamp)
 endif()
-
-include(cmake/tidy.cmake)
