@@ -64,9 +64,22 @@ bool IsCandidate(const ListedInterface& listed) {
   return listed.address && (listed.flags & kFlagLoopback) == 0;
 }
 
+// Where the kernel says how interfaces came by their addresses.
+struct OriginFolders {
+  explicit OriginFolders(const std::string& root)
+      : without_device(OpenToRead(root + "/sys/devices/virtual/net", O_DIRECTORY)),
+        all(OpenToRead(root + kInterfaces, O_DIRECTORY)) {}
+
+  // Those without a device are many, and the way to them over `all` leads through a link for each.
+  Descriptor without_device;
+  Descriptor all;
+};
+
 // True unless the kernel drew the address at random or does not tell.
-bool AddressInUseStays(const std::string& name, const Descriptor& folder) {
-  const auto origin = ReadNumber(name + "/addr_assign_type", folder.get());
+bool AddressInUseStays(const std::string& name, const OriginFolders& folders) {
+  const std::string file = name + "/addr_assign_type";
+  auto origin = ReadNumber(file, folders.without_device.get());
+  if (!origin) origin = ReadNumber(file, folders.all.get());
   return origin && *origin != kAddressDrawnAtRandom;
 }
 
@@ -96,12 +109,12 @@ std::vector<LinuxInterface> LastingInterfacesOf(const std::string& root,
                                                 const KernelAnswers& kernel,
                                                 const InterfaceList& list) {
   std::vector<LinuxInterface> interfaces;
-  const Descriptor folder = OpenToRead(root + kInterfaces, O_DIRECTORY);
+  const OriginFolders folders(root);
   for (const ListedInterface& listed : list.interfaces) {
     if (!IsCandidate(listed)) continue;
     auto address = list.has_permanent_addresses ? listed.permanent_address
                                                 : kernel.permanent_address(listed.name);
-    if (!address && AddressInUseStays(listed.name, folder)) address = listed.address;
+    if (!address && AddressInUseStays(listed.name, folders)) address = listed.address;
     if (address) interfaces.push_back(Describe(root, listed, *address));
   }
   if (!interfaces.empty()) MarkThoseWithIpAddress(kernel, interfaces);
