@@ -48,6 +48,14 @@ std::string Summary(const Explanation& explanation) {
 
 class ExplanationTest : public MachineTest {
  protected:
+  // For explain_schema_test.py.
+  static Explanation Keep(const Explanation& explanation) {
+    if (const char* path = std::getenv("DEVICEID_EXPLANATIONS")) {
+      std::ofstream(path, std::ios::app) << ToJson(explanation) << ",\n";
+    }
+    return explanation;
+  }
+
   // Makes a call on a copy of the files, which stay as they are.
   PlayedCall Play(Request request) {
     const fs::path folder = fs::path(*pc.common_root).parent_path();
@@ -129,15 +137,6 @@ class ExplanationTest : public MachineTest {
   }
 
   bool administrator = true;
-
- private:
-  // For explain_schema_test.py.
-  static Explanation Keep(const Explanation& explanation) {
-    if (const char* path = std::getenv("DEVICEID_EXPLANATIONS")) {
-      std::ofstream(path, std::ios::app) << ToJson(explanation) << ",\n";
-    }
-    return explanation;
-  }
 };
 
 TEST_F(ExplanationTest, TellsOfChangedParts) {
@@ -148,6 +147,10 @@ TEST_F(ExplanationTest, TellsOfChangedParts) {
       "same 0: All 4 parts agree. One change is forgiven.",
       "same 0: The record was younger than ten days, so the call gave the stored id. The hardware "
       "gives the same id.");
+  EXPECT_EQ(Summary(Keep(ExplainFolder(Folder(StateFolder::Kind::kCopy)))),
+            "null 0: The id and its record are good. Whether the hardware still fits shows on its "
+            "machine only.");
+  EXPECT_EQ(Summary(ExplainLog("no log")), "null 20: This is not the log of a call.");
   SetBoard(L"BOARD8");
   const std::string one =
       "forgiven 0, board changed: 1 of 4 parts has changed, and one change is forgiven. One more "

@@ -88,7 +88,8 @@ class Reader {
   }
 
   void NameNewFolder(const Captures& found) {
-    facts_.carried_over.push_back({found[0], {}, CarryOver::End::kFolderNotMade});
+    EndCarryOvers();
+    facts_.carried_over.push_back({found[0], {}, {}});
   }
   void NameOldFolder(const Captures& found) {
     if (!facts_.carried_over.empty()) facts_.carried_over.back().old_folder = found[0];
@@ -98,7 +99,10 @@ class Reader {
     if (!facts_.carried_over.empty()) facts_.carried_over.back().end = end;
   }
 
-  void SearchIdv2(const Captures&) { BeginSearch(&facts_.idv2); }
+  void SearchIdv2(const Captures&) {
+    EndCarryOvers();
+    BeginSearch(&facts_.idv2);
+  }
   void SearchId(const Captures&) {
     facts_.idv2.good = false;
     BeginSearch(&facts_.id);
@@ -113,6 +117,7 @@ class Reader {
   void FindText(const Captures& found) {
     // A text that is no id may go on in a line that was cut off.
     if (search_ == nullptr || (last && !IsValidDeviceId(found[0]))) return;
+    EndCarryOvers();
     search_->place = place;
     search_->text = found[0];
     searching_ = false;
@@ -122,8 +127,8 @@ class Reader {
   void FindNothing(const Captures&) { searching_ = false; }
   // A line that fails a reading or a writing of a file, and names no file.
   void FailFile(const Captures&) {
+    if (line.empty() && last) return;  // As a rule the rest was cut off.
     if (line.empty() && !is_error) return FailValue({});
-    if (line.empty() && last) return;
     if (search_ != nullptr && searching_) {
       search_->read_errors.push_back(line);
     } else {
@@ -138,7 +143,10 @@ class Reader {
     facts_.record_read = read;
   }
 
-  void BeginReading(const Captures&) { facts_.readings.emplace_back(); }
+  void BeginReading(const Captures&) {
+    EndCarryOvers();
+    facts_.readings.emplace_back();
+  }
   void FailReading(const Captures&) {
     if (facts_.readings.empty()) return;
     facts_.readings.back().failure = line;
@@ -209,6 +217,13 @@ class Reader {
   }
 
  private:
+  // A folder that could not be made has no line: the call just goes on.
+  void EndCarryOvers() {
+    for (CarryOver& carried : facts_.carried_over) {
+      if (!carried.end) carried.end = CarryOver::End::kFolderNotMade;
+    }
+  }
+
   void BeginSearch(IdSearch* search) {
     search_ = search;
     search_->begun = true;
@@ -395,6 +410,13 @@ std::optional<Captures> Match(std::string_view text, std::string_view message) {
   return found;
 }
 
+// True if the last of `entries` ends where its line does.
+bool IsWhole(std::string_view log, const std::vector<LogEntry>& entries) {
+  const auto lines = ParseLog(log.substr(0, log.rfind('\n') + 1));
+  return lines.size() == entries.size() && !lines.empty() &&
+         lines.back().message == entries.back().message;
+}
+
 }  // namespace
 
 std::vector<NamedValue> HardwareReading::Listed() const {
@@ -421,7 +443,7 @@ const IdSearch* LogFacts::Loaded() const {
 LogFacts ReadLogFacts(std::string_view log) {
   Reader reader;
   const std::vector<LogEntry> entries = ParseLog(log);
-  const bool ends_in_line = log.empty() || log.back() == '\n';
+  const bool last_is_whole = IsWhole(log, entries);
   for (const LogEntry& entry : entries) {
     reader.line = entry.message;
     reader.last = &entry == &entries.back();
@@ -430,12 +452,12 @@ LogFacts ReadLogFacts(std::string_view log) {
       const auto found = Match(rule.text, entry.message);
       if (!found) continue;
       // What varies in a line may go on where the log was cut.
-      if (!reader.last || ends_in_line || found->empty()) (reader.*rule.tell)(*found);
+      if (!reader.last || last_is_whole || found->empty()) (reader.*rule.tell)(*found);
       break;
     }
   }
   LogFacts facts = reader.Finish();
-  facts.ends_in_line = ends_in_line;
+  facts.ends_in_line = log.empty() || log.ends_with('\n');
   return facts;
 }
 
