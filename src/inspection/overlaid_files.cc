@@ -240,7 +240,8 @@ void OverlaidFiles::Change(Entry& entry, const Name& name, Standing standing) {
     entry.now.longer = entry.now.read_failed = false;
   }
   entry.now.standing = standing;
-  entry.changed_as = name.narrow;
+  // Behind a link it is another path that changes.
+  entry.changed_as = entry.path == name.path ? name.narrow : entry.path;
   entry.last_change = ++changes_;
 }
 

@@ -47,7 +47,7 @@ class OverlaidFiles final : public FileOverlay {
     std::string path;
     FileRights before;
     FileRights now;
-    std::string changed_as;  // The path by which the library changed it, in narrow form.
+    std::string changed_as;  // In narrow form.
     int last_change = 0;     // 0 if it was not changed.
   };
 

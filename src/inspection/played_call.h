@@ -40,12 +40,13 @@ std::unique_ptr<HardwareSource> ReadThisMachine();
 
 enum class PlayedExport { kGet, kRecheck, kMod };
 
-// What a played call would have stored, in the order in which it came to the files.
+// What a played call would have stored, in the order in which it came to the files. What goes
+// through a link changes the path that the link leads to.
 struct FileChange {
   enum class Kind { kFileWritten, kFileRemoved, kFolderMade };
   Kind kind;
   std::string path;     // In the narrow form of the system, as the library builds it.
-  std::string content;  // Of a file that was written.
+  std::string content;  // Of a file that was written, as far as this account may read it.
 };
 
 struct PlayedCall {

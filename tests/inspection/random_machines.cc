@@ -1,0 +1,332 @@
+// Makes up machines, plays calls on them and makes the calls: each has to come out as it was
+// played.
+//
+//   random_machines [--count N] [--seed N]
+//
+// What differs is told with the seed of its machine, which that seed alone plays again.
+
+#include <fcntl.h>
+#include <grp.h>
+#include <linux/capability.h>
+#include <linux/fs.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <iostream>
+#include <random>
+
+#include "platform/linux/descriptor.h"
+#include "platform/linux/linux_folders.h"
+#include "support/foreseen_call.h"
+#include "support/stored_record.h"
+
+namespace system_info {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uid_t kNobody = 65534;
+constexpr uid_t kSomebodyElse = 4711;
+
+const std::string kId = "2-0-e605da79-8246-9201-b359-b533fafc9984";
+const std::string kOtherId = "1-6-01234567-89ab-cdef-0123-456789abcdef";
+
+enum class Account { kRoot, kPowerless, kOrdinary };
+
+// One machine, made up of the draws of one seed.
+class RandomMachine : public ScriptedMachine {
+ public:
+  explicit RandomMachine(unsigned seed) : draw_(seed) {
+    chmod(folder().c_str(), 0755);
+    account_ = Pick<Account>(
+        {Account::kRoot, Account::kOrdinary, Account::kOrdinary, Account::kPowerless});
+    MakeFile(folder() + "/elsewhere");
+    fs::create_directory(folder() + "/aside");
+    Settle(folder() + "/aside", true);
+    MakeRoots();
+    MakeHardware();
+    if (OneIn(8)) MakeTrouble();
+    mask_ = Pick<mode_t>({022, 022, 022, 002, 077, 0777, 0377});
+  }
+
+  ~RandomMachine() override {
+    for (const std::string& mounted : mounted_) umount2(mounted.c_str(), MNT_DETACH);
+    for (const std::string& file : fixed_) SetFlags(file, 0);
+  }
+
+  std::optional<std::string> UserRoot() override {
+    if (!by_environment_) return user_root;
+    const auto root = FindUserRoot();
+    // The home of the account itself is not to be touched.
+    return root && root->starts_with(folder()) ? root : user_root;
+  }
+
+  // Runs `action` as the account of the machine.
+  void Act(const std::function<void()>& action) {
+    const mode_t mask = umask(mask_);
+    if (account_ == Account::kOrdinary && (setegid(kNobody) | seteuid(kNobody)) != 0) abort();
+    if (account_ == Account::kPowerless) SetPowers(false);
+    action();
+    if (account_ == Account::kPowerless) SetPowers(true);
+    if (account_ == Account::kOrdinary && (seteuid(0) | setegid(0)) != 0) abort();
+    umask(mask);
+  }
+
+  ForeseenCall DrawCall() {
+    using enum PlayedExport;
+    return Pick<ForeseenCall>({{kGet, "2.0", 0},
+                               {kGet, "2.0", 0},
+                               {kGet, "2.0", 0},
+                               {kRecheck, "2.0", 0},
+                               {kRecheck, "2.0", 0},
+                               {kRecheck, "2.0", 0},
+                               {kGet, "1.6", 0},
+                               {kGet, "1.5", 0},
+                               {kGet, "1.0", 0},
+                               {kRecheck, "1.6", 0},
+                               {kGet, "9", 0},
+                               {kMod, "2.0", static_cast<std::uint32_t>(Below(8))}});
+  }
+
+ private:
+  std::size_t Below(std::size_t limit) { return draw_() % limit; }
+  bool OneIn(std::size_t chances) { return Below(chances) == 0; }
+  template <typename Value>
+  Value Pick(const std::vector<Value>& values) {
+    return values[Below(values.size())];
+  }
+
+  static void SetPowers(bool on) {
+    static __user_cap_data_struct all[2];
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    if (!on) syscall(SYS_capget, &header, all);
+    __user_cap_data_struct sets[2] = {all[0], all[1]};
+    if (!on) sets[0].effective = sets[1].effective = 0;
+    syscall(SYS_capset, &header, sets);
+  }
+
+  void SetFlags(const std::string& path, int flags) {
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW));
+    ioctl(file.get(), FS_IOC_SETFLAGS, &flags);
+    if (flags != 0) fixed_.push_back(path);
+  }
+
+  // Gives what is there an owner and rights; mostly such that the account can use it.
+  void Settle(const std::string& path, bool folder) {
+    const uid_t caller = account_ == Account::kOrdinary ? kNobody : 0;
+    const uid_t owner = OneIn(3) ? Pick<uid_t>({0, kNobody, kSomebodyElse}) : caller;
+    if (lchown(path.c_str(), owner, owner) != 0 || fs::is_symlink(path)) return;
+    mode_t mode = folder ? 0755 : 0644;
+    if (OneIn(3)) {
+      mode = folder ? Pick<mode_t>({0555, 0777, 01777, 0700, 0311, 0444, 0, 01775})
+                    : Pick<mode_t>({0444, 0666, 0600, 0200, 0400, 0});
+    }
+    // What stands in a file that may only be written cannot be foreseen.
+    if (mode == 0200) fs::resize_file(path, 0);
+    chmod(path.c_str(), mode);
+    if (OneIn(40)) SetFlags(path, Pick<int>({FS_IMMUTABLE_FL, FS_APPEND_FL}));
+  }
+
+  std::string DrawContent(const std::string& name) {
+    const bool record = name == "hid_settings";
+    const std::string good =
+        record ? DrawRecord() : Pick<std::string>({kId, kOtherId, "1-6-" + kId.substr(4)});
+    // As a record, such texts would begin with the length of hundreds of megabytes.
+    if (!record && OneIn(4)) {
+      return Pick<std::string>({std::string(70000, '2'), kId.substr(4), std::string("\0\xff", 2),
+                                "PF0XYZ\r\nBOARD7\nx\nx"});
+    }
+    return Pick<std::string>({good, good, good, good, "", good.substr(0, Below(good.size())),
+                              good + "\n", good + std::string(9000, 'x'),
+                              good + std::string(70000, 'y')});
+  }
+
+  std::string DrawRecord() {
+    constexpr std::int64_t kDay = 86400;
+    StoredRecord record;
+    record.version = OneIn(15) ? Pick<std::string>({"", "x", "99999999999.0", "1.6"}) : "2.0";
+    record.device_id = Pick<std::string>({kId, kId, "2-0-" + kOtherId.substr(4), ""});
+    record.hid_type = Pick<std::int32_t>({0, 0, 0, 1, 7});
+    record.date = ticks / 10'000'000 - Pick<std::int64_t>({0, 10 * kDay, 10 * kDay - 1, 40 * kDay,
+                                                           40 * kDay, -5 * kDay});
+    record.ids = {"1234abcd", "pf0xyz", "board7", "00:1a:2b:c3:d4:0f"};
+    for (std::string& id : record.ids) {
+      if (OneIn(4)) id = Pick<std::string>({"changed", "1234abcd", ""});
+    }
+    record.ids.resize(OneIn(4) ? Below(6) : 4);
+    std::string bytes = record.Bytes();
+    if (OneIn(30)) bytes.replace(0, 4, "\xff\xff\xff\xff");
+    return bytes;
+  }
+
+  void MakeFile(const std::string& path) {
+    WriteFileText(path, DrawContent(fs::path(path).filename()));
+    Settle(path, false);
+    if (OneIn(30)) Hold(path);
+  }
+
+  // Somebody has the file open with a lock.
+  void Hold(const std::string& path) {
+    held_.emplace_back(open(path.c_str(), O_RDWR | O_CLOEXEC));
+    struct flock lock = {};
+    lock.l_type = Pick<short>({F_RDLCK, F_WRLCK});
+    fcntl(held_.back().get(), F_OFD_SETLK, &lock);
+  }
+
+  void MakeLink(const std::string& path, const std::string& sibling) {
+    const std::string target = Pick<std::string>(
+        {folder() + "/elsewhere", folder() + "/missing", folder() + "/aside/new", "../../elsewhere",
+         sibling, fs::path(path).filename(), folder() + "/aside", folder() + "/no/where"});
+    fs::create_symlink(target, path);
+    Settle(path, false);
+  }
+
+  void MakeStateFile(const std::string& path, const std::string& sibling) {
+    switch (Below(12)) {
+      case 0:
+        MakeLink(path, sibling);
+        break;
+      case 1:
+        if (OneIn(2)) mkfifo(path.c_str(), 0666);
+        break;
+      case 2:
+        if (OneIn(2)) fs::create_directory(path);
+        break;
+      case 3:
+      case 4:
+      case 5:
+      case 6:
+        break;
+      default:
+        MakeFile(path);
+    }
+  }
+
+  void MakeStateFolder(const std::string& path, const std::string& sibling) {
+    if (OneIn(25)) return MakeLink(path, sibling);
+    if (OneIn(40)) return MakeFile(path);
+    fs::create_directory(path);
+    for (const std::string name :
+         {"device.id", "device.idv2", "hid_settings", "hardware_ids.emulated"}) {
+      MakeStateFile(path + "/" + name, sibling + "/" + name);
+    }
+    Settle(path, true);
+  }
+
+  void MakeRoot(const std::string& root, const std::string& other) {
+    for (const std::string name : {"/BrindleQuayWorks", "/Fennel"}) {
+      if (!OneIn(name == "/Fennel" ? 2 : 4)) MakeStateFolder(root + name, other + name);
+    }
+    Settle(root, true);
+    if (!OneIn(40)) return;
+    mount(root.c_str(), root.c_str(), nullptr, MS_BIND, nullptr);
+    mount(nullptr, root.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr);
+    mounted_.push_back(root);
+  }
+
+  void MakeRoots() {
+    MakeRoot(*common_root, *user_root);
+    if (OneIn(20)) common_root = folder() + Pick<std::string>({"/new", "/elsewhere", "/missing/x"});
+    by_environment_ = OneIn(2);
+    const std::string home = *user_root;
+    setenv("XDG_DATA_HOME", (OneIn(4) ? home + "/share" : home).c_str(), 1);
+    setenv("HOME", home.c_str(), 1);
+    if (OneIn(3)) unsetenv("XDG_DATA_HOME");
+    std::string root = UserRoot().value_or(home);
+    if (!root.starts_with(home + "/")) return;
+    const bool missing = OneIn(3);
+    if (missing && !by_environment_) user_root = home + Pick<std::string>({"/a", "/a/b", "/a/b/c"});
+    if (!missing && OneIn(2)) {
+      fs::create_directories(root);
+      MakeRoot(root, *common_root);
+    }
+    if (OneIn(30)) user_root = common_root;
+    Settle(home, true);
+  }
+
+  void MakeHardware() {
+    for (auto& [class_text, rows] : wmi) {
+      if (OneIn(4)) rows.clear();
+    }
+    if (OneIn(4)) adapters.clear();
+    if (OneIn(5)) LoseHardware();
+    if (OneIn(12)) Fail(PlatformCall::kCoInitializeEx, 0x80010106);
+    if (OneIn(12)) At(PlatformCall::kConnectServer, "", [] { throw 7; });
+    if (OneIn(12)) At(PlatformCall::kCoInitializeEx, "", [] { throw std::runtime_error("gone"); });
+  }
+
+  void MakeTrouble() {
+    using enum PlatformCall;
+    Fail(Pick<PlatformCall>(
+             {kCreateFile, kReadFile, kWriteFile, kWriteStream, kDeleteFile, kCreateDirectory}),
+         10, Pick<std::string>({"", "common", "user", ".idv2"}));
+  }
+
+  std::mt19937 draw_;
+  Account account_;
+  mode_t mask_ = 0;
+  bool by_environment_ = false;
+  std::vector<std::string> fixed_;
+  std::vector<std::string> mounted_;
+  std::vector<Descriptor> held_;
+};
+
+Reply Make(const ForeseenCall& call) {
+  if (call.which == PlayedExport::kMod) return GetIdMod(call.format.c_str(), call.flags);
+  return call.which == PlayedExport::kRecheck ? Recheck(call.format.c_str())
+                                              : GetId(call.format.c_str());
+}
+
+// What comes out otherwise than it was played.
+std::string TryMachine(unsigned seed) {
+  RandomMachine machine(seed);
+  const auto hardware = ReadThisMachine();
+  // What was read for one call serves the next one.
+  const ForeseenCall first = machine.DrawCall();
+  machine.Act([&] { PlayCall(first.which, first.format, first.flags, *hardware); });
+  const ForeseenCall call = machine.DrawCall();
+  return DifferencesOf(
+      call, *hardware, machine.folder(), [&] { return Make(call); },
+      [&](const auto& action) { machine.Act(action); });
+}
+
+// Mounts of this process are its own.
+void SetUp() {
+  setgroups(0, nullptr);
+  if (unshare(CLONE_NEWNS) == 0) mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
+}
+
+int Run(unsigned seed, unsigned count) {
+  SetUp();
+  unsigned faults = 0;
+  for (unsigned i = 0; i < count; ++i) {
+    const std::string differences = TryMachine(seed + i);
+    if (differences.empty()) continue;
+    ++faults;
+    std::cout << "seed " << seed + i << ":\n" << differences << '\n';
+  }
+  std::cout << count << " machines, " << faults << " faults\n";
+  return faults == 0 ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace system_info
+
+int main(int argc, char** argv) {
+  unsigned count = 100;
+  unsigned seed = std::random_device()();
+  for (int i = 1; i + 1 < argc; i += 2) {
+    (std::string(argv[i]) == "--count" ? count : seed) =
+        static_cast<unsigned>(std::stoul(argv[i + 1]));
+  }
+  if (geteuid() != 0) {
+    std::cout << "only root can give files away\n";
+    return 77;
+  }
+  return system_info::Run(seed, count);
+}
