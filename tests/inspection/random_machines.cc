@@ -23,6 +23,7 @@
 #include "platform/linux/descriptor.h"
 #include "platform/linux/linux_folders.h"
 #include "support/foreseen_call.h"
+#include "support/scripted_machine.h"
 #include "support/stored_record.h"
 
 namespace system_info {
@@ -276,10 +277,13 @@ class RandomMachine : public ScriptedMachine {
   std::vector<Descriptor> held_;
 };
 
-Reply Make(const ForeseenCall& call) {
-  if (call.which == PlayedExport::kMod) return GetIdMod(call.format.c_str(), call.flags);
-  return call.which == PlayedExport::kRecheck ? Recheck(call.format.c_str())
-                                              : GetId(call.format.c_str());
+MadeCall Make(const ForeseenCall& call) {
+  const char* format = call.format.c_str();
+  const Reply reply = call.which == PlayedExport::kMod       ? GetIdMod(format, call.flags)
+                      : call.which == PlayedExport::kRecheck ? Recheck(format)
+                                                             : GetId(format);
+  if (reply.log == "<untouched>") return {reply.result, reply.id, std::nullopt};
+  return {reply.result, reply.id, reply.log};
 }
 
 // What comes out otherwise than it was played.
@@ -291,7 +295,7 @@ std::string TryMachine(unsigned seed) {
   machine.Act([&] { PlayCall(first.which, first.format, first.flags, *hardware); });
   const ForeseenCall call = machine.DrawCall();
   return DifferencesOf(
-      call, *hardware, machine.folder(), [&] { return Make(call); },
+      call, *hardware, {machine.folder()}, [&] { return Make(call); },
       [&](const auto& action) { machine.Act(action); });
 }
 

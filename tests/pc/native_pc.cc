@@ -5,21 +5,17 @@
 
 #include <algorithm>
 #include <future>
-#include <iostream>
 #include <memory>
 #include <stdexcept>
 
 #include "pc/pc.h"
 #include "platform/windows_api.h"
-#include "support/foreseen_call.h"
 #include "support/scripted_machine.h"
 
 namespace pc {
 namespace {
 
 using system_info::PlatformCall;
-using system_info::PlayedExport;
-using system_info::Reply;
 
 class WinePc : public system_info::ScriptedMachine {
  public:
@@ -43,52 +39,17 @@ class WinePc : public system_info::ScriptedMachine {
   }
 
   bool in_crowd = false;
-  bool foreseeable = true;  // Nothing happens while a call runs.
-  int played_collections = 0;
+  bool foreseeable = true;
+  std::size_t first_collection = 0;
 };
 
 std::unique_ptr<WinePc> machine;
 
-// Makes a call that was played before. One that comes out otherwise has the result -1.
-int MakeForeseen(const system_info::ForeseenCall& call, char* id, char* log,
-                 const std::function<int()>& make) {
-  if (machine->in_crowd || !machine->foreseeable) return make();
-  const int collections = CountCollections();
-  const auto hardware = system_info::ReadThisMachine();
-  int result = -1;
-  const auto make_and_read = [&] {
-    machine->played_collections += CountCollections() - collections;
-    result = make();
-    const auto text = [](const char* buffer) { return *buffer == '#' ? "<untouched>" : buffer; };
-    return Reply{result, text(id), text(log)};
-  };
-  const std::string differences = DifferencesOf(call, *hardware, machine->folder(), make_and_read,
-                                                [](const auto& action) { action(); });
-  if (differences.empty()) return result;
-  std::cerr << "not as it was played:\n" << differences;
-  return -1;
-}
-
 }  // namespace
 
 Library TheLibrary() {
-  return {[](char* id, uint32_t id_size, const char* version, char* log, uint32_t log_size) {
-            return MakeForeseen({PlayedExport::kGet, version, 0}, id, log, [=] {
-              return ::GetHardwareId(id, id_size, version, log, log_size);
-            });
-          },
-          [](char* id, uint32_t id_size, const char* version, char* log, uint32_t log_size) {
-            return MakeForeseen({PlayedExport::kRecheck, version, 0}, id, log, [=] {
-              return ::RecheckHardwareId(id, id_size, version, log, log_size);
-            });
-          },
-          [](char* id, uint32_t id_size, const char* version, char* log, uint32_t log_size,
-             uint32_t flags) {
-            return MakeForeseen({PlayedExport::kMod, version, flags}, id, log, [=] {
-              return ::GetHardwareIdMod(id, id_size, version, log, log_size, flags);
-            });
-          },
-          &::GetHardwareIdEx, &::GetHIDVersion};
+  return {&::GetHardwareId, &::RecheckHardwareId, &::GetHardwareIdMod, &::GetHardwareIdEx,
+          &::GetHIDVersion};
 }
 
 void Renew() {
@@ -127,8 +88,8 @@ void SetPart(const std::string& part, const std::string& value) {
 }
 
 std::string SetApartment(const std::string& apartment) {
-  // "late": in such an apartment from the second collection on.
-  const int last = apartment == "late" ? CountCollections() + 1 : 0;
+  // "late": in such an apartment from the second collection of a call on.
+  const int last = apartment == "late" ? 1 : 0;
   if (apartment == "mta") CoInitializeEx(nullptr, COINIT_MULTITHREADED);
   if (apartment == "sta" || apartment == "late") {
     machine->on_call = [last](PlatformCall call, auto) -> std::optional<std::uint32_t> {
@@ -144,9 +105,15 @@ std::string SetApartment(const std::string& apartment) {
 }
 
 int CountCollections() {
-  return static_cast<int>(machine->Seen(PlatformCall::kCoInitializeEx).size()) -
-         machine->played_collections;
+  return static_cast<int>(machine->Seen(PlatformCall::kCoInitializeEx).size() -
+                          machine->first_collection);
 }
+
+void StartCounting() {
+  machine->first_collection = machine->Seen(PlatformCall::kCoInitializeEx).size();
+}
+
+bool IsForeseeable() { return machine->foreseeable; }
 
 std::string RunProcesses(int processes, int threads, const std::vector<std::string>& task) {
   machine->in_crowd = true;
@@ -177,8 +144,8 @@ std::string PlayOther(const std::vector<std::string>& step) {
   const auto call = kCalls.find(step[1]);
   if (call != kCalls.end()) machine->Fail(call->second, 10, step.size() > 2 ? step[2] : "");
   if (step[1] == "halt") machine->At(kCoInitializeEx, "", [] { throw 7; });
+  machine->foreseeable = step[1] != "race";
   if (step[1] == "race") {
-    machine->foreseeable = false;
     machine->At(kCreateDirectory, "", [] {
       system_info::WriteFileText(machine->Common("device.id"),
                                  "9-5-ABCDEF01-2345-6789-ABCD-EF0123456789");

@@ -35,8 +35,12 @@ void SetPart(const std::string& part, const std::string& value);
 // what the host could do in it and after it.
 std::string SetApartment(const std::string& apartment);
 
-// How often the hardware was collected so far, or -1.
+// How often the hardware was collected since StartCounting, or -1.
 int CountCollections();
+void StartCounting();
+
+// False if a call may find other files than there were before it.
+bool IsForeseeable();
 
 // Runs so many processes at once, each of which calls CountFailures on so many threads, and adds up
 // what they counted.

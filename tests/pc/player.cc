@@ -8,6 +8,8 @@
 #include <sstream>
 
 #include "pc/pc.h"
+#include "support/foreseen_call.h"
+#include "values/format_version.h"
 
 namespace {
 
@@ -52,27 +54,61 @@ std::string Files() {
   return text;
 }
 
+using system_info::ForeseenCall;
+using system_info::PlayedExport;
+
+// The call behind a name of an export; "ex" takes formats as numbers.
+ForeseenCall ForeseenOf(const std::vector<std::string>& step) {
+  if (step[1] == "recheck") return {PlayedExport::kRecheck, step[2], 0};
+  if (step[1] == "ex") {
+    const char* format = system_info::VersionText(std::stoi(step[2]));
+    return {PlayedExport::kGet, format != nullptr ? format : "", 0};
+  }
+  const auto flags = static_cast<uint32_t>(std::stoul(step[3]));
+  return {step[1] == "mod" ? PlayedExport::kMod : PlayedExport::kGet, step[2], flags};
+}
+
+int Make(const std::vector<std::string>& step, std::string& id, std::string& log) {
+  const auto id_size = static_cast<uint32_t>(id.size()), size = static_cast<uint32_t>(log.size());
+  const pc::Library library = pc::TheLibrary();
+  const char* version = step[2].c_str();
+  pc::StartCounting();
+  if (step[1] == "get") return library.get(id.data(), id_size, version, log.data(), size);
+  if (step[1] == "recheck") return library.recheck(id.data(), id_size, version, log.data(), size);
+  if (step[1] == "ex") {
+    return library.ex(id.data(), id_size, std::stoi(step[2]), log.data(), size);
+  }
+  return library.mod(id.data(), id_size, version, log.data(), size,
+                     static_cast<uint32_t>(std::stoul(step[3])));
+}
+
+// Every call is played before it is made. The result of one that came out otherwise is -1.
+int MakeForeseen(const std::vector<std::string>& step, std::string& id, std::string& log) {
+  if (!pc::IsForeseeable()) return Make(step, id, log);
+  const auto hardware = system_info::ReadThisMachine();
+  int result = -1;
+  const auto make = [&] {
+    result = Make(step, id, log);
+    system_info::MadeCall made = {result, id.c_str(), std::nullopt};
+    if (log[0] != '#') made.log = log.c_str();
+    return made;
+  };
+  std::vector<std::string> folders;
+  for (const std::string folder : {"common", "user", "old-common", "old-user"}) {
+    folders.push_back(Path(folder).string());
+  }
+  pc::StartCounting();
+  const std::string differences = DifferencesOf(ForeseenOf(step), *hardware, folders, make);
+  std::cerr << differences;
+  return differences.empty() ? result : -1;
+}
+
 // call NAME VERSION FLAGS gives: result, times that the hardware was collected, id, log, files.
 std::string Call(const std::vector<std::string>& step) {
   std::string id(64, 0), log(1 << 16, 0);
   id[0] = log[0] = '#';
-  const auto size = static_cast<uint32_t>(log.size());
-  const pc::Library library = pc::TheLibrary();
-  const int collections = pc::CountCollections();
-  int result = -1;
-  if (step[1] == "get") result = library.get(id.data(), 64, step[2].c_str(), log.data(), size);
-  if (step[1] == "recheck") {
-    result = library.recheck(id.data(), 64, step[2].c_str(), log.data(), size);
-  }
-  if (step[1] == "ex") {
-    result = library.ex(id.data(), 64, std::stoi(step[2]), log.data(), size);
-  }
-  if (step[1] == "mod") {
-    result = library.mod(id.data(), 64, step[2].c_str(), log.data(), size,
-                         static_cast<uint32_t>(std::stoul(step[3])));
-  }
   std::ostringstream answer;
-  answer << result << '\t' << (collections < 0 ? -1 : pc::CountCollections() - collections) << '\t'
+  answer << MakeForeseen(step, id, log) << '\t' << pc::CountCollections() << '\t'
          << Hex(id.substr(0, id.find('\0'))) << '\t' << Hex(log.substr(0, log.find('\0')))
          << Files();
   return answer.str();

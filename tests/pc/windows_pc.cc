@@ -16,6 +16,17 @@
 #include <fstream>
 
 #include "pc/pc.h"
+#include "support/foreseen_call.h"
+
+std::string system_info::StatusText(const std::string& path) {
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data);
+  std::string text = std::to_string(data.dwFileAttributes);
+  for (const FILETIME& time : {data.ftCreationTime, data.ftLastWriteTime}) {
+    text += ' ' + std::to_string(time.dwHighDateTime) + ' ' + std::to_string(time.dwLowDateTime);
+  }
+  return text;
+}
 
 namespace pc {
 namespace {
@@ -170,6 +181,10 @@ std::string SetApartment(const std::string& apartment) {
 }
 
 int CountCollections() { return -1; }
+
+void StartCounting() {}
+
+bool IsForeseeable() { return true; }
 
 std::string RunProcesses(int processes, int threads, const std::vector<std::string>& task) {
   std::vector<intptr_t> started;

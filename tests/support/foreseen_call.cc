@@ -1,8 +1,8 @@
 #include "support/foreseen_call.h"
 
-#include <sys/stat.h>
-
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -19,36 +19,31 @@ struct Item {
 };
 using Tree = std::map<std::string, Item>;
 
-std::string Shown(const fs::path& path, mode_t mode) {
-  if (S_ISDIR(mode)) return "folder";
-  if (S_ISLNK(mode)) return "link to " + fs::read_symlink(path).string();
-  return S_ISREG(mode) ? "file: " + ReadFileText(path.string()) : "other";
-}
-
-std::string StatusText(const struct stat& s) {
-  std::ostringstream text;
-  text << std::oct << s.st_mode << std::dec;
-  for (const auto number : {s.st_uid, s.st_gid}) text << ' ' << number;
-  text << ' ' << s.st_ino << ' ' << s.st_nlink << ' ' << s.st_size;
-  for (const auto& [seconds, part] : {s.st_mtim, s.st_ctim}) text << ' ' << seconds << '.' << part;
-  return text.str();
-}
-
-Tree Walk(const std::string& folder) {
-  Tree tree;
-  const auto add = [&tree](const fs::path& path) {
-    struct stat status = {};
-    if (lstat(path.c_str(), &status) != 0) return;
-    tree[path.string()] = {Shown(path, status.st_mode), StatusText(status)};
-  };
-  add(folder);
-  for (const auto& entry : fs::recursive_directory_iterator(folder)) add(entry.path());
-  return tree;
-}
-
 // The path that the system takes `path` for, but for a link in the last place.
 std::string Place(const fs::path& path) {
   return (fs::weakly_canonical(path.parent_path()) / path.filename()).string();
+}
+
+std::string Shown(const fs::path& path) {
+  const fs::file_type type = fs::symlink_status(path).type();
+  if (type == fs::file_type::directory) return "folder";
+  if (type == fs::file_type::symlink) return "link to " + fs::read_symlink(path).string();
+  if (type != fs::file_type::regular) return "other";
+  std::ifstream file(path, std::ios::binary);
+  return "file: " + std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+Tree Walk(const std::vector<std::string>& folders) {
+  Tree tree;
+  const auto add = [&tree](const fs::path& path) {
+    tree[Place(path)] = {Shown(path), StatusText(path.string())};
+  };
+  for (const std::string& folder : folders) {
+    if (!fs::is_directory(folder)) continue;
+    add(folder);
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) add(entry.path());
+  }
+  return tree;
 }
 
 void Apply(const FileChange& change, Tree& tree) {
@@ -61,10 +56,15 @@ void Apply(const FileChange& change, Tree& tree) {
   tree[place].shown = file ? "file: " + change.content : "folder";
 }
 
-// Without what a drawn number goes into: `drawn` is the id that rests on it, if any.
+// Without times, and without what a drawn number goes into: `drawn` is the id that rests on it, if
+// any.
 std::string Comparable(std::string text, const std::string& drawn) {
+  static const std::regex kTime("(^|\\n)\\[\\d\\d:[\\d:]+\\]|(Diff seconds: -?\\d+)");
   static const std::regex kDrawn("(random runtime hid: )\\d+(\\n.*Runtime device id: )\\S+");
+  text = std::regex_replace(text, kTime, "$1");
   text = std::regex_replace(text, kDrawn, "$1?$2?");
+  // The last hours of the date of a record.
+  if (text.starts_with("file: \x03") && text.size() > 69) text.replace(61, 2, "??");
   if (drawn.empty()) return text;
   return std::regex_replace(text, std::regex(drawn.substr(drawn.size() - 36)), "?");
 }
@@ -81,57 +81,54 @@ class Comparison {
   std::ostringstream differences_;
 };
 
-std::string Id(const Reply& reply) { return reply.result == 0 ? reply.id : ""; }
-
-void CompareReplies(const PlayedCall& played, const Reply& real, Comparison& comparison) {
+void CompareReplies(const PlayedCall& played, const MadeCall& made, Comparison& comparison) {
   comparison.Equal("result", std::to_string(static_cast<int>(played.result)),
-                   std::to_string(real.result));
+                   std::to_string(made.result));
   if (played.random) {
-    comparison.Equal("two draws", std::to_string(played.id != Id(real)), "1");
+    comparison.Equal("two draws", std::to_string(played.id != made.id), "1");
   } else {
-    comparison.Equal("id", played.id.value_or(""), Id(real));
+    comparison.Equal("id", played.id.value_or(""), made.result == 0 ? made.id : "");
   }
-  if (real.log == "<untouched>") return;
-  const std::string drawn = played.random ? *played.id : "";
   // A zero ends what a host sees of a log.
-  comparison.Equal("log", Comparable(played.log.c_str(), drawn),
-                   Comparable(real.log, played.random ? Id(real) : ""));
+  if (!made.log) return;
+  comparison.Equal("log", Comparable(played.log.c_str(), played.random ? *played.id : ""),
+                   Comparable(*made.log, played.random ? made.id : ""));
 }
 
-void CompareTrees(const Tree& expected, const Tree& after, const std::string& played_id,
-                  const std::string& real_id, Comparison& comparison) {
+void CompareTrees(const Tree& expected, const std::string& drawn, const Tree& after,
+                  const std::string& drawn_after, Comparison& comparison) {
   Tree all = expected;
   all.insert(after.begin(), after.end());
-  const auto shown = [](const Tree& tree, const std::string& path, const std::string& drawn) {
+  const auto shown = [](const Tree& tree, const std::string& path, const std::string& id) {
     const auto item = tree.find(path);
-    return item == tree.end() ? "nothing" : Comparable(item->second.shown, drawn);
+    return item == tree.end() ? "nothing" : Comparable(item->second.shown, id);
   };
   for (const auto& [path, item] : all) {
-    comparison.Equal(path, shown(expected, path, played_id), shown(after, path, real_id));
+    comparison.Equal(path, shown(expected, path, drawn), shown(after, path, drawn_after));
   }
 }
 
 }  // namespace
 
 std::string DifferencesOf(const ForeseenCall& call, HardwareSource& hardware,
-                          const std::string& folder, const std::function<Reply()>& make,
+                          const std::vector<std::string>& folders,
+                          const std::function<MadeCall()>& make,
                           const std::function<void(const std::function<void()>&)>& account) {
   Comparison comparison;
-  const Tree before = Walk(folder);
+  const Tree before = Walk(folders);
   PlayedCall played;
   account([&] { played = PlayCall(call.which, call.format, call.flags, hardware); });
-  Tree tree = Walk(folder);
+  Tree tree = Walk(folders);
   for (const auto& [path, item] : tree) {
     const auto old = before.find(path);
     comparison.Equal("untouched " + path, item.status + item.shown,
                      old == before.end() ? "" : old->second.status + old->second.shown);
   }
-  Reply real;
-  account([&] { real = make(); });
-  CompareReplies(played, real, comparison);
-  const Tree after = Walk(folder);
+  MadeCall made;
+  account([&] { made = make(); });
+  CompareReplies(played, made, comparison);
   for (const FileChange& change : played.changes) Apply(change, tree);
-  CompareTrees(tree, after, played.random ? *played.id : "", played.random ? Id(real) : "",
+  CompareTrees(tree, played.random ? *played.id : "", Walk(folders), played.random ? made.id : "",
                comparison);
   return comparison.text();
 }

@@ -5,9 +5,9 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "inspection/played_call.h"
-#include "support/scripted_machine.h"
 
 namespace system_info {
 
@@ -17,12 +17,26 @@ struct ForeseenCall {
   std::uint32_t flags = 0;
 };
 
-// Plays `call`, makes it with `make`, and tells everything that is otherwise than it was played, or
-// that playing changed in or below `folder`; empty if nothing. `account` runs what it is given as
-// the account that calls.
-std::string DifferencesOf(const ForeseenCall& call, HardwareSource& hardware,
-                          const std::string& folder, const std::function<Reply()>& make,
-                          const std::function<void(const std::function<void()>&)>& account);
+// What a call left in the host's buffers.
+struct MadeCall {
+  int result = -1;
+  std::string id;
+  std::optional<std::string> log;  // None if the buffer was left alone.
+};
+
+// Plays `call`, makes it with `make`, and tells everything that came out otherwise than it was
+// played, or that playing changed in or below one of `folders`; empty if nothing. Times may differ.
+// `account` runs what it is given as the account that calls.
+std::string DifferencesOf(
+    const ForeseenCall& call, HardwareSource& hardware, const std::vector<std::string>& folders,
+    const std::function<MadeCall()>& make,
+    const std::function<void(const std::function<void()>&)>& account = [](const auto& action) {
+      action();
+    });
+
+// All that the system tells of a path, but for its bytes and when it was last read. Each build has
+// its own implementation.
+std::string StatusText(const std::string& path);
 
 }  // namespace system_info
 

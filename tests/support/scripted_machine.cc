@@ -8,6 +8,7 @@
 
 #include "hardware/windows_os_manager.h"
 #include "inspection/log_entries.h"
+#include "support/foreseen_call.h"
 
 namespace system_info {
 namespace {
@@ -160,6 +161,17 @@ HardwareIdSet CollectList(HidFormatVersion version, std::string* log) {
 
 std::string Join(const std::vector<std::string>& texts) {
   return std::accumulate(texts.begin(), texts.end(), std::string());
+}
+
+std::string StatusText(const std::string& path) {
+  struct stat s = {};
+  if (lstat(path.c_str(), &s) != 0) return "";
+  std::ostringstream text;
+  text << std::oct << s.st_mode << std::dec;
+  for (const auto number : {s.st_uid, s.st_gid}) text << ' ' << number;
+  text << ' ' << s.st_ino << ' ' << s.st_nlink << ' ' << s.st_size;
+  for (const auto& [seconds, part] : {s.st_mtim, s.st_ctim}) text << ' ' << seconds << '.' << part;
+  return text.str();
 }
 
 std::string ReadFileText(const std::string& path) {
