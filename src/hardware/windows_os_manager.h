@@ -4,10 +4,10 @@
 // writes the device id files. Its whole state is the shared log. COM is entered and left once per
 // collection, on the thread of the call. The readers are grouped by file:
 //
-//   windows_os_manager.cc      the two collections, within COM
-//   wmi_property_reader.cc     the plan of properties and the WMI queries
-//   network_adapter_reader.cc  the adapter list and the present PCI adapters
-//   device_id_file_access.cc   the copies of the device id files
+//   windows_os_manager.cc        the two collections, within COM
+//   wmi_property_reader.cc       the plan of properties and the WMI queries
+//   network_adapter_reader.cc    the adapter list and the present PCI adapters
+//   storage/device_id_copies.cc  the copies of the device id files
 
 #ifndef DEVICEID_HARDWARE_WINDOWS_OS_MANAGER_H_
 #define DEVICEID_HARDWARE_WINDOWS_OS_MANAGER_H_

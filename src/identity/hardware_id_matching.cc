@@ -41,7 +41,7 @@ std::size_t RequiredMatches(std::size_t compared) {
   for (const MatchThreshold& row : MatchThresholds) {
     if (row.compared == compared) return row.required;
   }
-  // Nothing that was compared is no match: the one that is required here cannot be reached.
+  // Comparing nothing is never a match, so at least one match is required.
   return compared == 0 ? 1 : compared * 6 / 10 + 1;
 }
 

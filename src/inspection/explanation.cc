@@ -71,7 +71,10 @@ void DescribeFiles(const std::vector<StateFolder>& folders, Findings& findings) 
   words["id_trouble"] = bad_id.empty() ? "No file holds an id" : bad_id;
   words["record_trouble"] = bad_record.empty() ? "The record hid_settings is missing" : bad_record;
   words["nothing_stored"] = "Nothing is stored";
-  if (!bad_id.empty()) words["nothing_stored"] = bad_id + ", and there is no record";
+  if (!bad_id.empty()) {
+    words["nothing_stored"] =
+        bad_id + (bad_record.empty() ? ", and there is no record" : ". " + bad_record);
+  }
   if (bad_id.empty() && !bad_record.empty())
     words["nothing_stored"] = bad_record + ", and no id is stored";
   words["older_id"] =

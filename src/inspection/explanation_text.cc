@@ -196,7 +196,8 @@ std::string DescribeNext(const Explanation& explanation, const TextStyle& style)
   std::string text;
   const auto& record = explanation.record;
   const bool comparable = !explanation.due || explanation.compared.value_or(0) > 0;
-  if (record && explanation.verdict != Verdict::kNotCompared && comparable) {
+  const bool known = explanation.situation == Situation::kKnownMachine;
+  if (record && known && explanation.verdict != Verdict::kNotCompared && comparable) {
     text = explanation.due ? "compared by the next call"
                            : "compared again from " + style.date(record->compared_from) + " on";
     if (explanation.compared.value_or(0) > 0) {

@@ -291,9 +291,9 @@ class Reader {
           comparison_due_ && facts_.readings.size() > 1 && !facts_.readings.back().failure.empty();
       return unlisted ? std::optional(CallEnd::kHardwareIsUnknown) : std::nullopt;
     }
+    if (facts_.readings.empty() || !facts_.readings[0].whole) return std::nullopt;
     if (unknown) return CallEnd::kNewMachine;
-    if (loaded == nullptr || facts_.readings.empty() || !facts_.readings[0].whole)
-      return std::nullopt;
+    if (loaded == nullptr) return std::nullopt;
     return facts_.readings[0].Joined().empty() ? CallEnd::kIdStays : CallEnd::kMadeAnew;
   }
 

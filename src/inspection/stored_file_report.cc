@@ -129,7 +129,8 @@ std::string Coloured(const std::string& text, const char* code, bool colour) {
 std::string Describe(const StoredFileReport& report, const InspectionStyle& style) {
   std::string text = Harmless(report.path);
   if (report.folder) text += std::string("  (") + TextOf(*report.folder) + " folder)";
-  std::string state = Coloured(StateText(report), IsBad(report) ? "31" : "32", style.colour);
+  const char* colour = IsBad(report) ? "31" : "32";
+  std::string state = Coloured(StateText(report), colour, style.colour && IsThere(report));
   if (!report.why.empty()) state += ": " + report.why;
   if (IsThere(report) && !DamageOf(report).empty()) state += ": " + DamageOf(report);
   text += "\n" + Line("state", state) + DescribeContent(report, style);
@@ -231,6 +232,17 @@ std::optional<bool> RecordAgrees(const std::vector<StoredFileReport>& reports) {
   return std::nullopt;
 }
 
+bool IsRecordWithoutId(const std::vector<StoredFileReport>& reports) {
+  const auto has_good = [&](FileRole role) {
+    return std::any_of(reports.begin(), reports.end(),
+                       [role](const auto& report) { return IsGood(report, role); });
+  };
+  const bool has_id_file = std::any_of(reports.begin(), reports.end(), [](const auto& report) {
+    return report.role == FileRole::kId;
+  });
+  return has_id_file && has_good(FileRole::kRecord) && !has_good(FileRole::kId);
+}
+
 std::string StateText(const StoredFileReport& report) {
   if (report.state == StoredFile::State::kMissing) return "missing";
   if (report.state == StoredFile::State::kUnreadable) return "unreadable";
@@ -250,6 +262,7 @@ std::string ToText(const std::vector<StoredFileReport>& reports, const Inspectio
     text += *agrees ? "The record and the id file hold the same id.\n"
                     : "The record holds another id than the id file.\n";
   }
+  if (IsRecordWithoutId(reports)) text += "There is a record, and no file holds its id.\n";
   return text;
 }
 

@@ -42,6 +42,9 @@ std::optional<bool> RecordAgrees(const std::vector<StoredFileReport>& reports);
 // "good", "empty", "damaged", "missing" or "unreadable".
 std::string StateText(const StoredFileReport& report);
 
+// True if there is a good record and no id file is good: each call gives result 4 then.
+bool IsRecordWithoutId(const std::vector<StoredFileReport>& reports);
+
 // True if the file stands in the way of an id: damaged or unreadable.
 bool IsBad(const StoredFileReport& report);
 

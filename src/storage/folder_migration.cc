@@ -27,6 +27,13 @@ void CopyDeviceIdFolder(HIDLog& log, const std::string& old_dir, const std::stri
     log.WriteWide(L"[CopyDeviceIdFolder] old device.id not found", LogLevel::Info);
     return;
   }
+  {
+    // The new folder ends the carry-over for good. So whether two files can be open at a time, as
+    // the copy needs it, shows before there is one: an open throws where the process is out of
+    // resources.
+    const InputFile one(old_file);
+    const InputFile other(old_file);
+  }
   if (!EnsureDirectory(new_dir)) return;
   log.WriteWide(L"[CopyDeviceIdFolder] Create new dir: " + ToWide(new_dir), LogLevel::Debug);
 

@@ -33,7 +33,7 @@ Without a command the program makes the call that a host makes: it may store an 
 one line on standard error. Only --no-store never writes.
 
 Exit status: the result of the library, 0 for an id; 2 wrong usage; 69 no such library; 74 output
-cannot be written; 75 only with --yes.)";
+cannot be written; 75 another account would lose its id (see --yes).)";
 
 constexpr const char* kExplainFooter = R"(
 PATH is a kept copy of a state folder, a log that a host kept, or - for a log on standard input.
@@ -45,8 +45,8 @@ Examples:
 
 Writes nothing.
 
-Exit status: 0 the id stays; 10 it changes, or will; 20 there is no id; 2 wrong usage; 65 or 66 a file
-that is no use; 77 no rights.)";
+Exit status: 0 the id stays; 10 it changes, or will; 20 there is no id; 2 wrong usage; 65 neither a log
+nor a state folder; 66 no such file; 74 output cannot be written; 77 no rights.)";
 
 constexpr const char* kInspectFooter = R"(
 PATH is a stored file, or a folder that holds some; without one, the files of this PC are shown.
@@ -57,8 +57,8 @@ Examples:
 
 Writes nothing.
 
-Exit status: 0 all files are good; 10 one is damaged, or they do not agree; 2 wrong usage; 66 no such
-file; 77 no rights.)";
+Exit status: 0 all files are good; 10 one is damaged, or they do not agree; 2 wrong usage; 65 a folder
+without stored files; 66 no such file; 74 output cannot be written; 77 no rights.)";
 
 bool SameWord(const std::string& left, const std::string& right) {
   return std::equal(
@@ -98,7 +98,7 @@ void DeclareCall(CLI::App& app, Arguments& arguments) {
       ->excludes(recheck);
   CLI::Option* no_store =
       app.add_flag("--no-store", arguments.no_store, "Play the call and store nothing");
-  app.add_flag("--yes", arguments.yes, "Store an id even if an account loses its own by that");
+  app.add_flag("--yes", arguments.yes, "Store the id even if another account loses its own");
   app.add_option("--library", arguments.library, "Call this library instead of the one inside")
       ->excludes(no_store);
   app.set_version_flag("--version", GetHIDVersion(), "Print the version of the library");

@@ -11,7 +11,6 @@
 #include "inspection/played_call.h"
 #include "inspection/saved_log.h"
 #include "platform/accounts.h"
-#include "platform/console.h"
 #include "platform/native_paths.h"
 #include "support/call_log.h"
 #include "support/folder_paths.h"
@@ -110,7 +109,7 @@ int RunExplain(const Arguments& arguments) {
   if (arguments.json) {
     std::cout << system_info::ToJson(explanation) << '\n';
   } else {
-    std::cout << system_info::ToText(explanation, {system_info::OutputIsTerminal(), LocalDate});
+    std::cout << system_info::ToText(explanation, {WantsColour(), LocalDate});
   }
   return FinishOutput(explanation.status);
 }

@@ -4,7 +4,6 @@
 #include <iostream>
 
 #include "inspection/stored_file_report.h"
-#include "platform/console.h"
 #include "platform/file_attributes.h"
 #include "platform/native_paths.h"
 #include "support/folder_paths.h"
@@ -90,10 +89,12 @@ int RunInspect(const Arguments& arguments) {
   if (arguments.json) {
     std::cout << system_info::ToJson(reports) << '\n';
   } else {
-    std::cout << system_info::ToText(reports, {system_info::OutputIsTerminal(), LocalDate});
+    std::cout << system_info::ToText(reports, {WantsColour(), LocalDate});
   }
   const bool bad = std::any_of(reports.begin(), reports.end(), system_info::IsBad);
-  return FinishOutput(bad || system_info::RecordAgrees(reports) == false ? kNotGood : kGood);
+  const bool together =
+      system_info::RecordAgrees(reports) != false && !system_info::IsRecordWithoutId(reports);
+  return FinishOutput(bad || !together ? kNotGood : kGood);
 }
 
 }  // namespace deviceid

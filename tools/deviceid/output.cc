@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <iostream>
 #include <numeric>
+
+#include "platform/console.h"
 
 namespace deviceid {
 namespace {
@@ -47,6 +50,13 @@ int FinishOutput(int status) {
   if (std::cout.flush()) return status;
   Complain("cannot write to standard output");
   return kWriteFailed;
+}
+
+bool WantsColour() {
+  const char* off = std::getenv("NO_COLOR");
+  const char* terminal = std::getenv("TERM");
+  const bool dumb = terminal != nullptr && std::string(terminal) == "dumb";
+  return system_info::OutputIsTerminal() && (off == nullptr || *off == '\0') && !dumb;
 }
 
 std::string Suggestion(const std::string& word, const std::vector<std::string>& names) {

@@ -39,6 +39,10 @@ void Complain(const std::string& text);
 // Returns `status` if all of standard output has arrived, else complains and returns kWriteFailed.
 int FinishOutput(int status);
 
+// True if standard output is a terminal that shows colours and the user has not turned them off
+// (NO_COLOR, TERM=dumb).
+bool WantsColour();
+
 // One of `names` that `word` was probably meant to be, for a complaint: `, did you mean
 // "--format"?`. Empty if nothing is near enough.
 std::string Suggestion(const std::string& word, const std::vector<std::string>& names);

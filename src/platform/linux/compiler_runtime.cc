@@ -4,6 +4,7 @@
 
 #include <cxxabi.h>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <link.h>
 #include <unistd.h>
 
@@ -32,7 +33,11 @@ __cxa_eh_globals* __cxa_get_globals_fast() noexcept { return &exceptions; }
 // The random device cannot tell of a failure of this. glibc's own ends the process as well.
 extern "C" std::uint32_t arc4random() noexcept {
   std::uint32_t number = 0;
-  if (getentropy(&number, sizeof(number)) != 0) std::abort();
+  if (getentropy(&number, sizeof(number)) == 0) return number;
+  const int device = open("/dev/urandom", O_RDONLY | O_CLOEXEC);
+  const bool drawn = device >= 0 && read(device, &number, sizeof(number)) == sizeof(number);
+  if (!drawn) std::abort();
+  close(device);
   return number;
 }
 

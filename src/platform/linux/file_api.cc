@@ -32,6 +32,7 @@ using system_info::ScriptedFailure;
 using system_info::Sharing;
 using system_info::StateFile;
 using system_info::ThrowIfOutOfResources;
+using system_info::UnlessOutOfMemory;
 
 namespace {
 
@@ -72,6 +73,39 @@ StateFile Open(const std::string& path, Access access, Sharing sharing, Missing 
   StateFile file = OpenStateFile(path, access, sharing, missing);
   if (!file.valid()) ThrowIfOutOfResources(errno, path.c_str());
   return file;
+}
+
+// The old id is deleted before its file is opened to be written, so an exception here would lose
+// it. Other threads may have taken the descriptor that the delete gave back: they are given a while
+// to give one back. After that the library tries the other folder.
+StateFile OpenToReplace(const std::string& path) {
+  constexpr int kAttempts = 100;
+  constexpr useconds_t kPause = 1000;
+  StateFile file;
+  for (int attempt = 0; attempt < kAttempts && !file.valid(); ++attempt) {
+    if (attempt > 0) usleep(kPause);
+    file = OpenStateFile(path, Access::kWrite, Sharing::kNobody, Missing::kIsMade);
+    if (errno != EMFILE && errno != ENFILE) break;
+  }
+  return file;
+}
+
+HANDLE OpenHandle(const wchar_t* path, bool reads) {
+  std::string narrow = NarrowPath(path);
+  if (FailsByScript(PlatformCall::kCreateFile, narrow)) return INVALID_HANDLE_VALUE;
+  StateFile file = reads ? Open(narrow, Access::kRead, Sharing::kReaders, Missing::kIsMade)
+                         : OpenToReplace(narrow);
+  if (!file.valid()) {
+    FailWithErrno();
+    return INVALID_HANDLE_VALUE;
+  }
+  return new OpenFile{std::move(file), std::move(narrow)};
+}
+
+ssize_t ReadSome(int descriptor, void* buffer, std::size_t size, const char* what) {
+  const ssize_t count = RepeatInterrupted([&] { return ::read(descriptor, buffer, size); });
+  if (count < 0) ThrowIfOutOfResources(errno, what);
+  return count;
 }
 
 BOOL Delete(const std::string& path) {
@@ -117,22 +151,15 @@ HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD share, void* securit
     SetLastError(ERROR_INVALID_PARAMETER);
     return INVALID_HANDLE_VALUE;
   }
-  std::string narrow = NarrowPath(path);
-  if (FailsByScript(PlatformCall::kCreateFile, narrow)) return INVALID_HANDLE_VALUE;
-  StateFile file = Open(narrow, reads ? Access::kRead : Access::kWrite,
-                        reads ? Sharing::kReaders : Sharing::kNobody, Missing::kIsMade);
-  if (!file.valid()) {
-    FailWithErrno();
-    return INVALID_HANDLE_VALUE;
-  }
-  return new OpenFile{std::move(file), std::move(narrow)};
+  if (reads) return OpenHandle(path, reads);
+  return UnlessOutOfMemory(INVALID_HANDLE_VALUE, [&] { return OpenHandle(path, reads); });
 }
 
 BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, void* overlapped) {
   const auto& opened = *static_cast<OpenFile*>(file);
   if (size != kReadSize || overlapped != nullptr) return Fail(ERROR_INVALID_PARAMETER);
   if (FailsByScript(PlatformCall::kReadFile, opened.path)) return 0;
-  const ssize_t count = RepeatInterrupted([&] { return ::read(opened.file.get(), buffer, size); });
+  const ssize_t count = ReadSome(opened.file.get(), buffer, size, opened.path.c_str());
   *read = static_cast<DWORD>(count);
   return Finish(count >= 0);
 }
@@ -193,7 +220,7 @@ int _sopen(const char* path, int flags, int sharing, int permissions) {
 }
 
 int _read(int descriptor, void* buffer, unsigned size) {
-  return static_cast<int>(RepeatInterrupted([&] { return ::read(descriptor, buffer, size); }));
+  return static_cast<int>(ReadSome(descriptor, buffer, size, "a stored file"));
 }
 
 int _write(int descriptor, const void* buffer, unsigned size) {

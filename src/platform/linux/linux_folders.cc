@@ -5,30 +5,20 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
 #include <cwchar>
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/file_api.h"
 #include "platform/linux/out_of_resources.h"
 #include "platform/linux/runtime_api.h"
 
 namespace system_info {
 namespace {
 
-// What may be found in these folders is nobody else's business.
-constexpr mode_t kRootMode = 0700;
-
-// The folder that the environment named in this thread's last call of FindUserRoot; empty if it
-// named none. Folders whose paths are longer are of no use to the library.
-thread_local std::array<char, MAX_PATH> named_folder = {};
-
-void RememberNamedFolder(std::string_view folder) {
-  if (folder.size() >= named_folder.size()) folder = {};
-  named_folder[folder.copy(named_folder.data(), folder.size())] = '\0';
-}
+// The variable that named the folder in this thread's last call of FindUserRoot, or null. Only a
+// pointer: the storage for threads that a library may use is short.
+thread_local const char* naming_variable = nullptr;
 
 bool IsBelow(std::string_view path, std::string_view folder) {
   return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
@@ -79,7 +69,7 @@ std::optional<std::string> FolderFromEnvironment(const char* name) {
   if (value == nullptr || *value != '/') return std::nullopt;
   std::optional<std::string> folder = UsableFolder(value);
   if (!folder || !BelongsToUser(*folder)) return std::nullopt;
-  RememberNamedFolder(*folder);
+  naming_variable = name;
   return folder;
 }
 
@@ -102,7 +92,7 @@ std::optional<std::string> HomeFromPasswordDatabase() {
 std::optional<std::string> FindCommonRoot(const std::string& root) { return root + "/var/lib"; }
 
 std::optional<std::string> FindUserRoot() {
-  RememberNamedFolder("");
+  naming_variable = nullptr;
   if (auto folder = FolderFromEnvironment("XDG_DATA_HOME")) return folder;
   auto home = FolderFromEnvironment("HOME");
   if (!home) home = HomeFromPasswordDatabase();
@@ -111,25 +101,27 @@ std::optional<std::string> FindUserRoot() {
 }
 
 Location::Location(const std::string& path) : handle_(-1), name_(path), valid_(true) {
-  const std::string folder = named_folder.data();
-  if (folder.empty() || !IsBelow(path, folder)) return;
-  handle_ = OpenOwnFolder(folder);
-  name_ = path.substr(folder.size() + 1);
+  const char* value = naming_variable != nullptr ? secure_getenv(naming_variable) : nullptr;
+  const std::optional<std::string> folder = UsableFolder(value != nullptr ? value : "");
+  if (!folder || folder->empty() || !IsBelow(path, *folder)) return;
+  handle_ = OpenOwnFolder(*folder);
+  name_ = path.substr(folder->size() + 1);
   valid_ = handle_.valid();
 }
 
 int Location::folder() const { return handle_.valid() ? handle_.get() : AT_FDCWD; }
 
-bool MakeRoot(const std::string& folder) {
+bool MakeRoot(const std::string& folder, unsigned mode) {
+  if (folder.empty()) return true;  // That is "/".
   struct stat status = {};
   const Location location(folder);
   if (location.valid() && fstatat(location.folder(), location.name(), &status, 0) == 0) {
     return S_ISDIR(status.st_mode);
   }
-  if (errno != ENOENT || folder.empty() || !MakeRoot(Parent(folder))) return false;
+  if (errno != ENOENT || !MakeRoot(Parent(folder), mode)) return false;
   const Descriptor parent = OpenOwnFolder(Parent(folder) + "/");
   const std::string name = folder.substr(folder.rfind('/') + 1);
-  return parent.valid() && (mkdirat(parent.get(), name.c_str(), kRootMode) == 0 || errno == EEXIST);
+  return parent.valid() && (mkdirat(parent.get(), name.c_str(), mode) == 0 || errno == EEXIST);
 }
 
 }  // namespace system_info

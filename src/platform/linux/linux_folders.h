@@ -38,9 +38,9 @@ class Location {
   bool valid_;
 };
 
-// Makes `folder` with all its missing parents, for this user alone. Nothing is made below a folder
-// of somebody else. True if it exists then.
-bool MakeRoot(const std::string& folder);
+// Makes `folder` with all its missing parents, each with the permissions `mode`. Nothing is made
+// below a folder of somebody else. True if it exists then.
+bool MakeRoot(const std::string& folder, unsigned mode);
 
 }  // namespace system_info
 

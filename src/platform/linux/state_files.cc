@@ -106,6 +106,16 @@ bool StillNamed(const std::string& path, int descriptor) {
          opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
+// True for a file system that has leases and locks. errno is the same afterwards.
+bool IsLocal(int descriptor) {
+  const int error = errno;
+  struct statfs status = {};
+  const bool known = fstatfs(descriptor, &status) == 0;
+  errno = error;
+  return known &&
+         std::find(kWithLeases.begin(), kWithLeases.end(), status.f_type) != kWithLeases.end();
+}
+
 // A lock belongs to the open file, not to the process. To hold one that keeps others from reading,
 // an account needs the right to write.
 bool Lock(int descriptor, short type) {
@@ -114,6 +124,8 @@ bool Lock(int descriptor, short type) {
   lock.l_whence = SEEK_SET;
   if (RepeatInterrupted([&] { return fcntl(descriptor, F_OFD_SETLK, &lock); }) == 0) return true;
   if (errno == EACCES) errno = EWOULDBLOCK;
+  // Some network file systems say so of every lock.
+  if (errno == ENOLCK && !IsLocal(descriptor)) return true;
   return errno != EWOULDBLOCK && errno != ENOLCK && errno != ENOMEM;
 }
 
@@ -128,12 +140,6 @@ bool IsUnlocked(int descriptor) {
   return false;
 }
 
-bool HasLeases(int descriptor) {
-  struct statfs status = {};
-  return fstatfs(descriptor, &status) == 0 &&
-         std::find(kWithLeases.begin(), kWithLeases.end(), status.f_type) != kWithLeases.end();
-}
-
 // A lease on an open file: the kernel grants it if nobody else has the file open, and holds back
 // whoever opens it meanwhile.
 class Lease {
@@ -143,7 +149,7 @@ class Lease {
     if (fcntl(descriptor_, F_SETOWN_EX, &owner) != 0) return;
     if (fcntl(descriptor_, F_SETSIG, kLeaseSignal) != 0) return;
     granted_ = fcntl(descriptor_, F_SETLEASE, F_WRLCK) == 0;
-    refused_ = !granted_ && errno == EAGAIN && HasLeases(descriptor_);
+    refused_ = !granted_ && errno == EAGAIN && IsLocal(descriptor_);
   }
   Lease(const Lease&) = delete;
   Lease& operator=(const Lease&) = delete;
@@ -177,9 +183,13 @@ bool Unlink(const std::string& path) {
   return location.valid() && unlinkat(location.folder(), location.name(), 0) == 0;
 }
 
-bool IsRoot(const std::string& folder) {
-  Machine& machine = PresentMachine();
-  return folder == machine.CommonRoot() || folder == machine.UserRoot();
+// Makes one of the two folders above those of the library, and no other. What is found in that of a
+// user is nobody else's business.
+bool MakeMissingRoot(const std::string& folder) {
+  constexpr mode_t kCommonMode = 0755;
+  constexpr mode_t kUserMode = 0700;
+  if (folder == PresentMachine().CommonRoot()) return MakeRoot(folder, kCommonMode);
+  return folder == PresentMachine().UserRoot() && MakeRoot(folder, kUserMode);
 }
 
 int MakeFolder(const std::string& path) {
@@ -224,8 +234,7 @@ bool MakeStateFolder(const std::string& path) {
   if (MakeFolder(path) == 0) return true;
   if (errno != ENOENT) return false;
   const std::string parent = path.substr(0, path.rfind('/'));
-  if (!IsRoot(parent) || !MakeRoot(parent)) return false;
-  return MakeFolder(path) == 0;
+  return MakeMissingRoot(parent) && MakeFolder(path) == 0;
 }
 
 }  // namespace system_info

@@ -49,8 +49,9 @@ StateFile OpenStateFile(const std::string& path, Access access, Sharing sharing,
 
 // Deletes a file that nobody has open. EWOULDBLOCK means that somebody has.
 //
-// Others than the users of these functions are found out by asking the kernel for a lease, where
-// the file system has leases and this user may take one. Otherwise only their locks are seen.
+// A file lease (F_SETLEASE) shows whether any other process has the file open, where the file
+// system has leases and this user may take one. Elsewhere only the locks of these functions are
+// seen.
 bool DeleteStateFile(const std::string& path);
 
 // Makes one folder, below what CommonRoot or UserRoot of the machine names also with all that is
