@@ -15,14 +15,14 @@ windows_resource(deviceid deviceid.dll "Stable id of a PC" VFT_DLL 2)
 set_target_properties(deviceid PROPERTIES PREFIX "" IMPORT_PREFIX "" IMPORT_SUFFIX .lib)
 
 # The import library of GNU ld holds code that Microsoft's linker refuses in 32-bit programs.
-find_program(LLVM_DLLTOOL NAMES llvm-dlltool llvm-dlltool-14)
-if(LLVM_DLLTOOL)
+find_program(DEVICEID_DLLTOOL NAMES llvm-dlltool llvm-dlltool-14)
+if(DEVICEID_DLLTOOL)
   list(JOIN exports "\n" exports)
   file(CONFIGURE OUTPUT deviceid.def CONTENT "LIBRARY deviceid.dll\nEXPORTS\n${exports}\n" @ONLY)
   set(machine_x86 i386)
   set(machine_x64 i386:x86-64)
   add_custom_command(TARGET deviceid POST_BUILD VERBATIM
-    COMMAND ${LLVM_DLLTOOL} -m ${machine_${bits}} -D deviceid.dll
+    COMMAND ${DEVICEID_DLLTOOL} -m ${machine_${bits}} -D deviceid.dll
             -d ${CMAKE_CURRENT_BINARY_DIR}/deviceid.def -l $<TARGET_LINKER_FILE:deviceid>)
 elseif(DEVICEID_INSTALL)
   message(FATAL_ERROR "llvm-dlltool is missing, which makes the import library for other compilers")
