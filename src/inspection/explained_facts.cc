@@ -43,6 +43,7 @@ std::vector<NamedValue> AllValuesOf(const LogFacts& facts) {
 
 std::vector<Part> ListPresent(const std::vector<NamedValue>& values) {
   std::vector<Part> parts;
+  parts.reserve(values.size());
   for (const auto& [name, text] : values) {
     parts.push_back({{name}, std::nullopt, text, PartState::kUnknown});
   }

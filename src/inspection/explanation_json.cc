@@ -1,8 +1,8 @@
 #include "inspection/explanation_json.h"
 
-#include <array>
+#include <algorithm>
 #include <chrono>
-#include <cstdio>
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -82,6 +82,11 @@ Json Differences(const std::vector<Difference>& differences) {
   return array;
 }
 
+std::string Padded(std::int64_t number, std::size_t width) {
+  const std::string digits = std::to_string(number);
+  return std::string(width - std::min(width, digits.size()), '0') + digits;
+}
+
 }  // namespace
 
 std::string ToJson(const Explanation& explanation) {
@@ -113,13 +118,11 @@ std::string UtcText(std::int64_t seconds) {
   const auto day = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(day);
   const std::chrono::hh_mm_ss clock(time - day);
-  std::array<char, 32> text = {};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
-                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
-                static_cast<int>(clock.minutes().count()),
-                static_cast<int>(clock.seconds().count()));
-  return text.data();
+  return Padded(static_cast<int>(date.year()), 4) + "-" +
+         Padded(static_cast<int>(static_cast<unsigned>(date.month())), 2) + "-" +
+         Padded(static_cast<int>(static_cast<unsigned>(date.day())), 2) + "T" +
+         Padded(clock.hours().count(), 2) + ":" + Padded(clock.minutes().count(), 2) + ":" +
+         Padded(clock.seconds().count(), 2) + "Z";
 }
 
 }  // namespace system_info

@@ -95,22 +95,22 @@ class Reader {
     if (!facts_.carried_over.empty()) facts_.carried_over.back().old_folder = found[0];
   }
   template <CarryOver::End end>
-  void EndCarryOver(const Captures&) {
+  void EndCarryOver(const Captures& /*found*/) {
     if (!facts_.carried_over.empty()) facts_.carried_over.back().end = end;
   }
 
-  void SearchIdv2(const Captures&) {
+  void SearchIdv2(const Captures& /*found*/) {
     EndCarryOvers();
     BeginSearch(&facts_.idv2);
   }
-  void SearchId(const Captures&) {
+  void SearchId(const Captures& /*found*/) {
     facts_.idv2.good = false;
     BeginSearch(&facts_.id);
   }
-  void Idv2IsGood(const Captures&) { facts_.idv2.good = true; }
-  void IdIsGood(const Captures&) { facts_.id.good = true; }
-  void IdIsBad(const Captures&) { facts_.id.good = false; }
-  void SearchIsBad(const Captures&) {
+  void Idv2IsGood(const Captures& /*found*/) { facts_.idv2.good = true; }
+  void IdIsGood(const Captures& /*found*/) { facts_.id.good = true; }
+  void IdIsBad(const Captures& /*found*/) { facts_.id.good = false; }
+  void SearchIsBad(const Captures& /*found*/) {
     if (search_ != nullptr) search_->good = false;
   }
   template <Place place>
@@ -124,9 +124,9 @@ class Reader {
     // Format 1.6 has no line for a good id; in format 2.0 one follows.
     if (format_ < HidFormatVersion(2, 0) && IsValidDeviceId(found[0])) search_->good = true;
   }
-  void FindNothing(const Captures&) { searching_ = false; }
+  void FindNothing(const Captures& /*found*/) { searching_ = false; }
   // A line that fails a reading or a writing of a file, and names no file.
-  void FailFile(const Captures&) {
+  void FailFile(const Captures& /*found*/) {
     if (line.empty() && last) return;  // As a rule the rest was cut off.
     if (line.empty() && !is_error) return FailValue({});
     if (search_ != nullptr && searching_) {
@@ -135,29 +135,33 @@ class Reader {
       write_error_ = line;
     }
   }
-  void FailCommonWrite(const Captures&) { facts_.common_write_errors.push_back(write_error_); }
-  void FailUserWrite(const Captures&) { facts_.user_write_errors.push_back(write_error_); }
+  void FailCommonWrite(const Captures& /*found*/) {
+    facts_.common_write_errors.push_back(write_error_);
+  }
+  void FailUserWrite(const Captures& /*found*/) {
+    facts_.user_write_errors.push_back(write_error_);
+  }
 
   template <bool read>
-  void ReadRecord(const Captures&) {
+  void ReadRecord(const Captures& /*found*/) {
     facts_.record_read = read;
   }
 
-  void BeginReading(const Captures&) {
+  void BeginReading(const Captures& /*found*/) {
     EndCarryOvers();
     facts_.readings.emplace_back();
   }
-  void FailReading(const Captures&) {
+  void FailReading(const Captures& /*found*/) {
     if (facts_.readings.empty()) return;
     facts_.readings.back().failure = line;
     facts_.readings.back().whole = true;
   }
   // A failed value does not say which it is: the order tells.
-  void FailValue(const Captures&) {
+  void FailValue(const Captures& /*found*/) {
     const std::optional<PartName> name = NextName();
     if (name) AddValue({*name, {}, line.empty() ? "its line is too long for the log" : line});
   }
-  void FailVolume(const Captures&) { AddValue({PartName::kVolume, {}, line}); }
+  void FailVolume(const Captures& /*found*/) { AddValue({PartName::kVolume, {}, line}); }
   void ReadWmiValue(const Captures& found) {
     for (const ValueLine& value : kValueLines) {
       if (value.property != found[0] || !found[1].starts_with(value.class_start)) continue;
@@ -181,7 +185,7 @@ class Reader {
       AddAdapter(row);
     }
   }
-  void FailAdapters(const Captures&) {
+  void FailAdapters(const Captures& /*found*/) {
     if (!facts_.readings.empty()) facts_.readings.back().adapter_failure = line;
   }
   void FindPciAddress(const Captures& found) {
@@ -189,26 +193,26 @@ class Reader {
     AddValue({PartName::kNetwork, found[0], {}});
   }
   template <AdapterRule rule>
-  void TakeFirstAdapter(const Captures&) {
+  void TakeFirstAdapter(const Captures& /*found*/) {
     TakeRule(rule);
     const std::string address = FirstAddress();
     // Without an address WMI is asked, in a later line.
     if (!address.empty()) AddValue({PartName::kNetwork, address, {}});
   }
 
-  void DrawNumber(const Captures&) { facts_.random = true; }
+  void DrawNumber(const Captures& /*found*/) { facts_.random = true; }
   void MakeRuntimeId(const Captures& found) { facts_.runtime_id = found[0]; }
   void MakeLegacyId(const Captures& found) {
     facts_.runtime_id = found[0];
     facts_.end = CallEnd::kFromHardware;
   }
   void TellAge(const Captures& found) { facts_.age = ToNumber<std::int64_t>(found[0]); }
-  void IgnoreAge(const Captures&) { facts_.age_ignored = true; }
+  void IgnoreAge(const Captures& /*found*/) { facts_.age_ignored = true; }
   template <CallEnd end>
-  void End(const Captures&) {
+  void End(const Captures& /*found*/) {
     facts_.end = end;
   }
-  void BeginComparison(const Captures&) { comparison_due_ = true; }
+  void BeginComparison(const Captures& /*found*/) { comparison_due_ = true; }
   void Count(const Captures& found) {
     const auto matches = ToNumber<std::size_t>(found[0]);
     const auto stored = ToNumber<std::size_t>(found[1]);
@@ -346,7 +350,7 @@ constexpr Rule kRules[] = {
     {"Failed to create WbemLocator instance", &Reader::FailReading},
     {"Failed to connect server", &Reader::FailReading},
     {"Failed to set proxy blanket", &Reader::FailReading},
-    {"WMI property \"<>\" FOR CLASS \"<>\" = \"<>\"", &Reader::ReadWmiValue},
+    {R"(WMI property "<>" FOR CLASS "<>" = "<>")", &Reader::ReadWmiValue},
     {"Could not get ID of volume HDD", &Reader::FailVolume},
     {"Failed to execute query", &Reader::FailValue},
     {"Failed to get next query", &Reader::FailValue},

@@ -11,14 +11,14 @@ constexpr std::string_view kLittleEndianMark = "\xff\xfe";
 constexpr std::string_view kBigEndianMark = "\xfe\xff";
 
 struct Utf8Form {
-  unsigned char lead_mask;
-  unsigned char lead;
   std::size_t length;
   std::uint32_t smallest;  // A character below has a shorter form.
+  unsigned char lead_mask;
+  unsigned char lead;
 };
 
 constexpr Utf8Form kUtf8Forms[] = {
-    {0x80, 0x00, 1, 0}, {0xe0, 0xc0, 2, 0x80}, {0xf0, 0xe0, 3, 0x800}, {0xf8, 0xf0, 4, 0x10000}};
+    {1, 0, 0x80, 0x00}, {2, 0x80, 0xe0, 0xc0}, {3, 0x800, 0xf0, 0xe0}, {4, 0x10000, 0xf8, 0xf0}};
 
 unsigned char ByteAt(std::string_view bytes, std::size_t index) {
   return static_cast<unsigned char>(bytes[index]);
@@ -57,11 +57,12 @@ void AppendUtf8(std::string& text, std::uint32_t code) {
 bool IsControl(std::string_view character) {
   const unsigned char first = ByteAt(character, 0);
   if (first < 0x20 || first == 0x7f) return true;
-  // U+0080 to U+009F are control characters; U+202A to U+202E and U+2066 to U+2069 turn the text
-  // behind them around.
-  if (first == 0xc2 && ByteAt(character, 1) < 0xa0) return true;
-  return (character >= "\xe2\x80\xaa" && character <= "\xe2\x80\xae") ||
-         (character >= "\xe2\x81\xa6" && character <= "\xe2\x81\xa9");
+  // U+0080 to U+009F are control characters, too.
+  if (first == 0xc2) return ByteAt(character, 1) < 0xa0;
+  // U+202A to U+202E and U+2066 to U+2069 turn the text behind them around.
+  if (first != 0xe2) return false;
+  const unsigned last = ByteAt(character, 1) << 8 | ByteAt(character, 2);
+  return (last >= 0x80aa && last <= 0x80ae) || (last >= 0x81a6 && last <= 0x81a9);
 }
 
 // Text of plain letters has a zero in each second byte.

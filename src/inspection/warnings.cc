@@ -94,8 +94,9 @@ void WarnOfParts(const std::vector<Part>& parts, std::vector<Warning>& warnings)
     if (!text || part.names.empty()) continue;
     const std::string doubt = DoubtAbout(part.names.front(), *text);
     if (doubt.empty()) continue;
-    warnings.push_back(
-        {"shared-value", "The " + name + " " + Quoted(*text) + " is " + doubt + "."});
+    std::string told = "The " + name;
+    told.append(" ").append(Quoted(*text)).append(" is ").append(doubt).append(".");
+    warnings.push_back({"shared-value", told});
   }
 }
 
