@@ -61,7 +61,7 @@ bool IsControl(std::string_view character) {
   if (first == 0xc2) return ByteAt(character, 1) < 0xa0;
   // U+202A to U+202E and U+2066 to U+2069 turn the text behind them around.
   if (first != 0xe2) return false;
-  const unsigned last = ByteAt(character, 1) << 8 | ByteAt(character, 2);
+  const std::uint32_t last = ByteAt(character, 1) * 256U + ByteAt(character, 2);
   return (last >= 0x80aa && last <= 0x80ae) || (last >= 0x81a6 && last <= 0x81a9);
 }
 
