@@ -39,7 +39,7 @@ def main():
         for number, line in enumerate(path.read_text().splitlines(), 1):
             include = re.match(r'#include "(.*)"', line)
             wrong = include and fault(room, floors, include[1])
-            if re.search(r"\b_WIN32\b", line) and room != "platform":
+            if re.search(r"\b_WIN[0-9]+\b", line) and room != "platform":
                 wrong = "only platform/ asks which operating system this is"
             if wrong:
                 faults.append(f"{name}:{number}: {line}: {wrong}")
