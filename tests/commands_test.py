@@ -130,6 +130,22 @@ def situations():
             expect(f"{name}: id of {command}", device_id.strip() or None, outcome["id"])
 
 
+def flags():
+    """Each flag does its own part of a call, alone and with the others."""
+    clear()
+    run()
+    write(COMMON, record=record(run()[1].strip(), 0, "a"))
+    (COMMON / "hardware_ids.emulated").write_text("a\n")
+    lines = {"SkipDateCheck": "Skipping date check.", "ForceRandomHid": "Generating random runtime hid",
+             "UseEmulatedHardwareIds": "match of 1 hardware ids out of stored hw ids number of 1 and "}
+    for chosen in (["SkipDateCheck"], ["ForceRandomHid"], ["forcerandomhid", "SkipDateCheck"],
+                   ["UseEmulatedHardwareIds", "SkipDateCheck"]):
+        log = run("--no-store", "--log", "--flags", ",".join(chosen))[2]
+        for name, line in lines.items():
+            wanted = name.lower() in map(str.lower, chosen)
+            expect(f"{line!r} with {chosen}", line in log, wanted)
+
+
 def accounts():
     """Root is told before it takes an id away."""
     clear()
@@ -201,6 +217,7 @@ def main():
                          LIBRARY=f"{work}/{pathlib.Path(sys.argv[2]).name}")
         a_life()
         situations()
+        flags()
         accounts()
         bad_input(pathlib.Path(work))
         kept_copies_and_logs(pathlib.Path(work))
