@@ -1,5 +1,8 @@
 // Format 2.0 to the tick and under failures. The stories of PCs tell what each outcome is.
 
+#include <filesystem>
+#include <stdexcept>
+
 #include "support/failing_allocation.h"
 #include "support/scripted_machine.h"
 #include "support/stored_record.h"
@@ -31,6 +34,20 @@ TEST_F(LifeTest, HardwareIsComparedFromTheTenthDayOn) {
   EXPECT_EQ(Call().id, kId);
   pc.ticks += 1;
   EXPECT_EQ(Call().id, kOtherId);
+}
+
+TEST_F(LifeTest, AnIdIsStoredBeforeItsHardwareIsListedAndBeforeItsRecord) {
+  using enum PlatformCall;
+  for (const auto& [call, nth] : {std::pair(kCoInitializeEx, 2), {kWriteStream, 1}}) {
+    std::filesystem::remove_all(pc.Common(""));
+    int seen = 0;
+    pc.At(call, "", [&seen, last = nth] {
+      if (++seen == last) throw std::runtime_error("torn");
+    });
+    EXPECT_EQ(GetId("2.0").result, 3);
+    EXPECT_EQ(ReadFileText(pc.Common("device.idv2")), "1-6-" + kId.substr(4));
+    EXPECT_TRUE(ReadFileText(pc.Common("hid_settings")).size() <= (call == kWriteStream ? 0 : 9));
+  }
 }
 
 TEST_F(LifeTest, RunningOutOfMemoryCostsNoStoredId) {
