@@ -51,6 +51,15 @@ TEST_F(AdaptersTest, OnlyTheFirstPciAdapterWithAnIdCounts) {
          kNoPci);
 }
 
+TEST_F(AdaptersTest, ATextMayFillItsFieldAndHaveNoTerminator) {
+  const std::string full(260, 'n');
+  pc.adapters = {{full, std::string(132, 'd'), vpn.address}};
+  pc.pci_devices = {{true, "{A long instance id}", "A longer name of the device", {}},
+                    {true, "{B}", {}, {}}};
+  Expect(kAll + full + ": 02:00:00:00:00:01: " + std::string(132, 'd') + '\n' + kPci +
+         "A longer name of the device: {A long instance id}\n{B}: {B}\n" + kOtherPci);
+}
+
 TEST_F(AdaptersTest, WithoutAListTheAddressComesFromWmi) {
   // Only the second of two calls counts, which may fail when the list grows or is lost meanwhile.
   pc.At(kGetAdaptersInfo, "", [&] { pc.adapters.push_back(nic); });

@@ -1,6 +1,7 @@
 // What stands around every request: the checks of its arguments, its log, and how it fails.
 
 #include <filesystem>
+#include <regex>
 
 #include "support/failing_allocation.h"
 #include "support/scripted_machine.h"
@@ -89,6 +90,8 @@ TEST_F(Frame, SurvivesRunningOutOfMemoryAnywhere) {
     EXPECT_THAT(result, testing::AnyOf(0, 3)) << turn;
     EXPECT_TRUE(*id == '\0' ? result == 3 : IsValidDeviceId(id)) << turn;
     EXPECT_TRUE(*log != '<' || *id == '\0') << turn;
+    // A line is appended whole or not at all.
+    EXPECT_FALSE(std::regex_search(log, std::regex("\\] +\\[[0-9]"))) << turn;
   }
 }
 

@@ -36,6 +36,8 @@ TEST_F(WmiTest, EachFailureHasItsLineAndItsPrice) {
       {[](auto& m) { m.wmi[kBoard].clear(), m.Fail(kNext, kBad, "Board"); }, 2, kOddProperty},
       {[](auto& m) { m.Set(kBoard, L"SerialNumber", {}); }, 2, kNoBoard},
       {[](auto& m) { m.Set(kBoard, L"SerialNumber", 7); }, 2, kNoBoard},
+      {[](auto& m) { m.Set(kBoard, L"SerialNumber", MistypedValue{7}); }, 2, kNoBoard},
+      {[](auto& m) { m.Set(kBoard, L"SerialNumber", MistypedValue{L"7"}); }, 2, kNoBoard},
       {[](auto& m) { m.windows_folder.assign(49, L'D'); }, 0, kOddProperty},  // No such drive.
       {[](auto& m) { m.windows_folder.assign(50, L'C'); }, 0, kNoVolume},
       {[](auto& m) { m.Fail(kGetWindowsDirectory, 0); }, 0, kNoVolume},

@@ -75,7 +75,7 @@ class Reply:
         """What every build has to say and to do."""
         log = re.sub(r"Diff seconds: (-?\d+)", lambda age: f"about {int(age[1]) // 1000} 000 seconds",
                      "\n".join(self.lines))
-        log = re.sub(r"(random runtime hid: ).*|( dir: ).*[/\\]", r"\1\2", log)
+        log = re.sub(r"(random runtime hid: ).*|( dir: ).*([/\\])", r"\1\2\3", log)
         texts = [str(self.result), *log.split("\n"), *sorted(
             f"{name} {undated(text)[0]}" for name, text in self.files.items())]
         return [re.sub(GUID, lambda id: id[0] if id[0] in known_ids else "?", text) for text in texts]
@@ -163,7 +163,8 @@ class Story:
     def differences(self, native, windows):
         for step, one, other in zip(self.steps, native, windows):
             if step.startswith("call"):
-                diff = list(difflib.unified_diff(Reply(one).comparable(), Reply(other).comparable(),
+                wanted = [text.replace(" dir: /", " dir: \\") for text in Reply(one).comparable()]
+                diff = list(difflib.unified_diff(wanted, Reply(other).comparable(),
                                                  "natively", "on Windows", lineterm=""))
                 if diff:
                     yield "\n".join([f"{self.title}: {step}", *diff])

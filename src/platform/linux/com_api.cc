@@ -14,6 +14,7 @@ using system_info::Counted;
 using system_info::Hardware;
 using system_info::HardwareOfThread;
 using system_info::Live;
+using system_info::MistypedValue;
 using system_info::PlatformCall;
 using system_info::PresentMachine;
 using system_info::ScriptedFailure;
@@ -106,6 +107,12 @@ class Row final : public Object<IWbemClassObject> {
   static HRESULT Fill(const WmiValue& source, VARIANT* value, CIMTYPE* type) {
     *type = CIM_STRING;
     value->vt = VT_NULL;
+    if (const auto* mistyped = std::get_if<MistypedValue>(&source)) {
+      const HRESULT code =
+          std::visit([&](const auto& inner) { return Fill(inner, value, type); }, mistyped->value);
+      *type = *type == CIM_STRING ? CIM_SINT32 : CIM_STRING;
+      return code;
+    }
     if (const auto* number = std::get_if<std::int32_t>(&source)) {
       *type = CIM_SINT32;
       value->vt = VT_I4;

@@ -20,8 +20,15 @@
 
 namespace system_info {
 
+// A value whose type in its class is not that of the value itself.
+struct MistypedValue {
+  std::variant<std::wstring, std::int32_t> value;
+
+  friend bool operator==(const MistypedValue&, const MistypedValue&) = default;
+};
+
 // A property of a WMI row: null, a text, or a number.
-using WmiValue = std::variant<std::monostate, std::wstring, std::int32_t>;
+using WmiValue = std::variant<std::monostate, std::wstring, std::int32_t, MistypedValue>;
 
 // From property name to value. A property without an entry does not exist in the class.
 using WmiRow = std::map<std::wstring, WmiValue>;

@@ -37,9 +37,10 @@ struct RegistryKey {
   Counted counted{Live().handles};
 };
 
+// A text that fills the field to its last byte has no terminator there.
 template <std::size_t kSize>
 void SetField(char (&field)[kSize], const std::string& text) {
-  text.copy(field, kSize - 1);
+  text.copy(field, kSize);
 }
 
 IP_ADAPTER_INFO MakeRecord(const NetworkAdapter& adapter, IP_ADAPTER_INFO* next) {
@@ -141,8 +142,10 @@ LONG RegQueryValueExA(HKEY key, const char* name, DWORD* reserved, DWORD* type, 
   if (reserved != nullptr || type != nullptr || *size != kDeviceTextSize) {
     return ERROR_INVALID_PARAMETER;
   }
-  if (!WriteText(*instance_id, buffer, *size)) return ERROR_MORE_DATA;
-  *size = static_cast<DWORD>(instance_id->size() + 1);
+  if (instance_id->size() > *size) return ERROR_MORE_DATA;
+  // The registry promises no terminator, and this one has none.
+  std::memcpy(buffer, instance_id->data(), instance_id->size());
+  *size = static_cast<DWORD>(instance_id->size());
   return ERROR_SUCCESS;
 }
 
