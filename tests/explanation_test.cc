@@ -97,6 +97,7 @@ class ExplanationTest : public MachineTest {
   Explanation Explain(const char* format = "2.0") {
     MachineState machine;
     machine.format = format;
+    machine.windows = windows;
     machine.administrator = administrator;
     machine.folders = Folders();
     machine.next = Play(GetRequest({}, format));
@@ -136,6 +137,7 @@ class ExplanationTest : public MachineTest {
     pc.adapters[0].name = "tun0";
   }
 
+  bool windows = false;
   bool administrator = true;
 };
 
@@ -151,6 +153,7 @@ TEST_F(ExplanationTest, TellsOfChangedParts) {
             "null 0: The id and its record are good. Whether the hardware still fits shows on its "
             "machine only.");
   EXPECT_EQ(Summary(ExplainLog("no log")), "null 20: This is not the log of a call.");
+  EXPECT_EQ(Explain().changes_left, 1u);
   SetBoard(L"BOARD8");
   const std::string one =
       "forgiven 0, board changed: 1 of 4 parts has changed, and one change is forgiven. One more "
@@ -191,6 +194,30 @@ TEST_F(ExplanationTest, TellsOfChangedParts) {
   EXPECT_EQ(nothing.sentence,
             "No part can be read. The id stays until the next comparison, which "
             "will give a random id.");
+}
+
+TEST_F(ExplanationTest, TellsOfPartsThatComeAndGo) {
+  pc.Set(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", L"0");
+  GetId("2.0");
+  Days(10);
+  Expect("same 0: All 3 parts agree. Any change will give a new id.",
+         "same 0: All 3 parts agree. The call gave the stored id.");
+  pc.adapters.clear();
+  pc.wmi[L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE"].clear();
+  EXPECT_EQ(Summary(Explain()),
+            "forgiven 0, network gone: The network can no longer be read. Of 2 places that can be "
+            "compared, 2 agree, and 2 have to. Any change will give a new id.");
+  SetBoard(L"");
+  windows = true;
+  administrator = false;
+  Expect(
+      "forgiven 0, product or board gone, network gone: The product or board and the network can "
+      "no "
+      "longer be read. Of 1 place that can be compared, 1 agrees, and 1 has to. Any change will "
+      "give "
+      "a new id.",
+      "forgiven 0: Two of three stored parts could not be read. Of 1 place that can be compared, 1 "
+      "agrees, and 1 has to. The call gave the stored id.");
 }
 
 TEST_F(ExplanationTest, TellsOfMissingAndDamagedFiles) {
@@ -242,7 +269,11 @@ TEST_F(ExplanationTest, TellsOfMissingAndDamagedFiles) {
   EXPECT_EQ(Explain().id, kOldId);
 
   WriteFileText(pc.Common("device.idv2"), Stored(kId));
+  WriteFileText(pc.User("device.idv2"), Stored(kId));
+  EXPECT_TRUE(Explain().sentence.starts_with("1 of 4"));
   WriteFileText(pc.User("device.idv2"), Stored(kOldId));
+  EXPECT_EQ(Explain("1.6").sentence,
+            "The id of format 1.6 is stored, and stays whatever the hardware does.");
   EXPECT_TRUE(
       Explain().sentence.starts_with("The two folders hold different ids. The one in /common "
                                      "counts, and the next call removes the other. 1 of 4"));
@@ -328,10 +359,13 @@ TEST_F(ExplanationTest, TellsOfRandomIdsAndOlderFormats) {
       "new-machine 0: Nothing is stored. The next call makes a random id, since no part can be "
       "read.",
       "new-machine 0: Nothing was stored. The call made a random id, since no part could be read.");
+  EXPECT_EQ(ExplainCall().id, std::nullopt);
   GetId("2.0");
   EXPECT_EQ(Summary(Explain()),
             "not-compared 0: The record belongs to a random id, which is never "
             "compared with the hardware. The id stays.");
+  EXPECT_EQ(ExplainFolder(Folder(StateFolder::Kind::kCopy)).sentence,
+            "The record belongs to a random id, which is never compared with the hardware.");
   EXPECT_EQ(
       Summary(ExplainCall("1.5")),
       "from-hardware 10: No part could be read, so the id of format 1.5 rests on a number that "
@@ -356,6 +390,12 @@ TEST_F(ExplanationTest, WarnsOfWhatMayBecomeAProblem) {
   fs::remove(pc.Common("hid_settings"));
   pc.Fail(PlatformCall::kCreateFile, 5, "common");
   EXPECT_EQ(Warnings(ExplainCall()), "shared-value shared-value adapter-choice own-id ");
+  pc.Fail(PlatformCall::kCreateFile, 5);
+  pc.Fail(PlatformCall::kCreateDirectory, 5, "user");
+  fs::remove_all(fs::path(pc.User("")).parent_path());
+  WriteFileText(pc.OldUser("device.id"), Stored(kId));
+  EXPECT_EQ(Warnings(ExplainCall()),
+            "shared-value shared-value adapter-choice id-not-stored not-carried-over ");
 }
 
 TEST_F(ExplanationTest, IsReadByPeople) {

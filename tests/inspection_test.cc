@@ -105,6 +105,7 @@ TEST_F(StoredBytesTest, AreARecordWhereTheLibraryReadsOne) {
   const RecordContent content = DecodeRecord(good + "xyz");
   EXPECT_EQ(content.device_id, kStoredId);
   EXPECT_EQ(Join(content.parts), "a\x01");
+  EXPECT_EQ(content.parts.size(), 2u);
   EXPECT_EQ(content.trailing_bytes, 3u);
   EXPECT_EQ(DecodeRecord(good.substr(0, 70)).damage, "it ends in its length of the part 1");
   EXPECT_EQ(DecodeRecord(StoredRecord::Number(5, 4) + "2.0").damage,
@@ -144,6 +145,9 @@ TEST(HardwareParts, AreNamedByFormOrderAndPresentValues) {
        all,
        "volume same, product new, board changed, network moved, "},
       {{"deadbeef", mac}, {all[0], all[3]}, "volume changed, network same, "},
+      {{"12345678", mac},
+       {{PartName::kProduct, "12345678"}, all[3]},
+       "product same, network same, "},
       {{"pf0xyz", "x"}, {}, "product gone, board gone, "},
       {{}, {all[0]}, "volume new, "},
       {{"a", "b", "c", "d", "e"},
@@ -317,7 +321,8 @@ TEST(ShownText, IsUtf8AndHarmless) {
             "a\u00e9\u00e9\u00ed\u00a0\u0080\U0001f4a9\u00c0\u0080");
   EXPECT_EQ(Harmless("\x1b[0m\x7f\u202e\u2066\u0085\t\xff"s),
             "\\x1b[0m\\x7f\\xe2\\x80\\xae\\xe2\\x81\\xa6\\xc2\\x85\\x09\u00ff");
-  EXPECT_EQ(FromUtf16("\xff\xfe\xe9\0\x3d\xd8\xa9\xdc\xac\x20\x3d\xd8"s), "\xe9\U0001f4a9\u20ac");
+  EXPECT_EQ(FromUtf16("\xff\xfe\x01\xdc\xe9\0\x3d\xd8\xa9\xdc\xac\x20\x3d\xd8"s),
+            "\ufffd\xe9\U0001f4a9\u20ac");
 }
 
 }  // namespace

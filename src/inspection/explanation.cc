@@ -161,8 +161,8 @@ Explanation ExplainMachine(const MachineState& machine) {
   DescribeFiles(machine.folders, findings);
   const bool older = next.Loaded() == &next.id && next.idv2.begun;
   findings.older_id = older && !DescribeBadId(machine.folders, false).empty();
-  findings.different_ids =
-      HoldDifferentIds(machine.folders, older ? &StateFolder::id : &StateFolder::idv2);
+  const auto file = next.Loaded() == &next.id ? &StateFolder::id : &StateFolder::idv2;
+  findings.different_ids = next.Loaded() != nullptr && HoldDifferentIds(machine.folders, file);
   DescribeComparison(findings);
 
   Decide(findings, explanation);
@@ -181,7 +181,7 @@ Explanation ExplainFolder(const StateFolder& folder) {
   const std::vector<StateFolder> folders = {folder};
   Explanation explanation;
   explanation.record = CountingRecord(folders);
-  const auto id = FindCountingId(folders);
+  const auto id = FindCountingId(folder);
   if (id) {
     explanation.id = id->id;
     explanation.id_folder = folder.path;

@@ -66,7 +66,7 @@ void CompareWithKept(Explanation& explanation, const std::vector<StateFolder>& p
                      const StateFolder& kept) {
   std::vector<Difference> differences;
   const std::vector<StateFolder> kept_folders = {kept};
-  const auto kept_id = FindCountingId(kept_folders);
+  const auto kept_id = FindCountingId(kept);
   AddIfDifferent("id", kept_id ? std::optional(kept_id->id) : std::nullopt, explanation.id,
                  differences);
   for (const auto& [name, file] : kFiles) {

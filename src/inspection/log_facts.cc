@@ -144,6 +144,7 @@ class Reader {
 
   template <bool read>
   void ReadRecord(const Captures& /*found*/) {
+    facts_.end.reset();  // What told an end until now was the text of an id file.
     facts_.record_read = read;
   }
 
@@ -258,7 +259,7 @@ class Reader {
     if (facts_.readings.empty()) return {};
     for (const Adapter& adapter : facts_.readings.back().adapters) {
       if (name.empty()) name = adapter.name;
-      if (!name.empty() && adapter.name == name) address = adapter.address;
+      if (adapter.name == name) address = adapter.address;
     }
     return address;
   }

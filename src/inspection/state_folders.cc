@@ -46,24 +46,16 @@ std::optional<RecordSummary> CountingRecord(const std::vector<StateFolder>& fold
   for (const StateFolder& folder : folders) {
     if (!IsRead(folder.record)) continue;
     const RecordContent content = DecodeRecord(folder.record.bytes);
-    if (content.use == RecordUse::kFatal) return std::nullopt;
     if (content.use == RecordUse::kRead) return Summarize(content, folder);
   }
   return std::nullopt;
 }
 
-std::optional<CountingId> FindCountingId(const std::vector<StateFolder>& folders) {
+std::optional<CountingId> FindCountingId(const StateFolder& folder) {
   for (const auto file : {&StateFolder::idv2, &StateFolder::id}) {
-    for (const StateFolder& folder : folders) {
-      if (!IsRead(folder.*file)) continue;
-      const IdContent content = JudgeIdBytes((folder.*file).bytes);
-      if (content.state == ContentState::kGood) {
-        return CountingId{RewriteDeviceIdPrefix(content.id, kFormat), &folder,
-                          file == &StateFolder::id};
-      }
-      // A damaged copy keeps the one behind it from being looked at.
-      if (content.state == ContentState::kDamaged) break;
-    }
+    const IdContent content = JudgeIdBytes((folder.*file).bytes);
+    if (content.state != ContentState::kGood) continue;
+    return CountingId{RewriteDeviceIdPrefix(content.id, kFormat), file == &StateFolder::id};
   }
   return std::nullopt;
 }

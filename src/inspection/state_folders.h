@@ -12,18 +12,16 @@
 
 namespace system_info {
 
-// The record that a call reads, the first readable one. None, too, if a damaged one before it fails
-// the call.
+// The first record that can be read.
 std::optional<RecordSummary> CountingRecord(const std::vector<StateFolder>& folders);
 
 struct CountingId {
-  std::string id;  // As a call for format 2.0 returns it.
-  const StateFolder* folder = nullptr;
+  std::string id;      // As a call for format 2.0 returns it.
   bool older = false;  // From device.id.
 };
 
-// The id that a call for format 2.0 finds. `folders` must outlive the result.
-std::optional<CountingId> FindCountingId(const std::vector<StateFolder>& folders);
+// The id that a call for format 2.0 finds in a folder.
+std::optional<CountingId> FindCountingId(const StateFolder& folder);
 
 // True if both folders hold a good id in `file` and the two differ.
 bool HoldDifferentIds(const std::vector<StateFolder>& folders, StoredFile StateFolder::*file);
