@@ -13,7 +13,7 @@ build=$(realpath -m "${1:-build}")
 need_packages "${build_packages[@]}" "${windows_packages[@]}" "${package_packages[@]}"
 for preset in "${presets[@]}"; do
     cmake --preset "$preset" -B "$build/$preset" -Wno-dev
-    cmake --build "$build/$preset" --target deviceid deviceid_program
+    cmake --build "$build/$preset" --target deviceid_shipped
     (cd "$build/$preset" && cpack -B "$build/packages")
 done >&2
 rm -r "$build/packages/_CPack_Packages"
