@@ -10,13 +10,15 @@ set_target_properties(deviceid PROPERTIES VERSION ${PROJECT_VERSION}
 target_link_options(deviceid PRIVATE
   -Wl,--version-script=${CMAKE_CURRENT_BINARY_DIR}/exports.map,--gc-sections,--as-needed,-O1)
 
+# The variables of threads lie where no function of the dynamic linker has to look for them, and no
+# search for leaks meets those of a library that is gone.
+foreach(target deviceid deviceid_objects)
+  target_compile_options(${target} PRIVATE -ftls-model=initial-exec)
+endforeach()
+
 # Sanitizers have a runtime of their own, which they share with the program.
 get_directory_property(options COMPILE_OPTIONS)
 if(NOT "${CMAKE_CXX_FLAGS};${options}" MATCHES "-fsanitize=")
   target_sources(deviceid PRIVATE platform/linux/compiler_runtime.cc)
-  # The variables of threads lie where no function of the dynamic linker has to look for them.
-  foreach(target deviceid deviceid_objects)
-    target_compile_options(${target} PRIVATE -ftls-model=initial-exec)
-  endforeach()
   target_link_options(deviceid PRIVATE -static-libstdc++ -static-libgcc -Wl,--no-undefined)
 endif()
