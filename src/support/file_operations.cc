@@ -205,6 +205,7 @@ OutputFile::~OutputFile() {
   if (is_open()) CloseShared(file_);
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): it changes the file
 bool OutputFile::Write(std::string_view bytes) {
   while (is_open() && !bytes.empty()) {
     const auto size = static_cast<unsigned>(std::min(bytes.size(), kLargestWrite));

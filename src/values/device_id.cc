@@ -68,11 +68,12 @@ bool IsValidDeviceId(const std::string& text) {
 }
 
 DeviceId RewriteDeviceIdPrefix(const DeviceId& device_id, HidFormatVersion version) {
-  const std::string prefix = Prefix(version);
+  const std::string prefix_text = Prefix(version);
+  const std::string_view prefix = prefix_text;
   DeviceId rewritten;
   for (std::string_view rest = device_id; !rest.empty();) {
     const bool found = BeginsWithPrefix(rest);
-    rewritten += found ? std::string_view(prefix) : rest.substr(0, 1);
+    rewritten.append(found ? prefix : rest.substr(0, 1));
     rest.remove_prefix(found ? kPrefixLength : 1);
   }
   return rewritten;

@@ -111,9 +111,9 @@ std::string LocalDate(std::int64_t seconds) {
   std::tm local = {};
   if (_localtime64_s(&local, &time) != 0) return "?";
   std::array<char, 64> text = {};
-  std::snprintf(text.data(), text.size(), "%04d-%02d-%02d", local.tm_year + 1900, local.tm_mon + 1,
-                local.tm_mday);
-  return text.data();
+  const int length = std::snprintf(text.data(), text.size(), "%04d-%02d-%02d", local.tm_year + 1900,
+                                   local.tm_mon + 1, local.tm_mday);
+  return length > 0 ? text.data() : "?";
 }
 
 }  // namespace deviceid

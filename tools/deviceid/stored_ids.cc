@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
+#include <string_view>
 
 #include "platform/accounts.h"
 #include "platform/file_attributes.h"
@@ -64,7 +66,10 @@ std::vector<OtherId> LookAtOtherAccounts() {
 std::string DescribeChange(const std::vector<StoredId>& before,
                            const std::vector<StoredId>& after) {
   std::string line;
-  const auto say = [&line](const std::string& text) { line += (line.empty() ? "" : "; ") + text; };
+  const auto say = [&line](std::initializer_list<std::string_view> words) {
+    if (!line.empty()) line += "; ";
+    for (const std::string_view word : words) line += word;
+  };
   for (std::size_t i = 0; i < after.size(); ++i) {
     const std::string& old_id = before[i].id;
     const std::string& id = after[i].id;
@@ -76,13 +81,13 @@ std::string DescribeChange(const std::vector<StoredId>& before,
     const bool moved_away = id.empty() && FindId(after, old_id) != nullptr;
     if (moved_away) continue;
     if (id.empty()) {
-      say("removed " + old_id + " from " + place);
+      say({"removed ", old_id, " from ", place});
     } else if (moved) {
-      say("moved " + id + " from " + system_info::ToUtf8(moved_from->path) + " to " + place);
+      say({"moved ", id, " from ", system_info::ToUtf8(moved_from->path), " to ", place});
     } else if (old_id.empty()) {
-      say("stored " + id + " in " + place);
+      say({"stored ", id, " in ", place});
     } else {
-      say("replaced " + old_id + " by " + id + " in " + place);
+      say({"replaced ", old_id, " by ", id, " in ", place});
     }
   }
   return line;

@@ -100,7 +100,7 @@ std::optional<std::string> FindUserRoot() {
   return *home + "/.local/share";
 }
 
-Location::Location(const std::string& path) : handle_(-1), name_(path), valid_(true) {
+Location::Location(const std::string& path) : handle_(-1), name_(path) {
   const char* value = naming_variable != nullptr ? secure_getenv(naming_variable) : nullptr;
   const std::optional<std::string> folder = UsableFolder(value != nullptr ? value : "");
   if (!folder || folder->empty() || !IsBelow(path, *folder)) return;

@@ -35,7 +35,7 @@ class Location {
  private:
   Descriptor handle_;
   std::string name_;
-  bool valid_;
+  bool valid_ = true;
 };
 
 // Makes `folder` with all its missing parents, each with the permissions `mode`. Nothing is made

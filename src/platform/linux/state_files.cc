@@ -211,11 +211,11 @@ StateFile OpenStateFile(const std::string& path, Access access, Sharing sharing,
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     StateFile file(OpenRegular(path, access == Access::kRead ? O_RDONLY : O_WRONLY, missing));
     if (!file.valid() || sharing == Sharing::kEverybody) return file;
-    if (!Lock(file.get(), sharing == Sharing::kReaders ? F_RDLCK : F_WRLCK)) return StateFile();
+    if (!Lock(file.get(), sharing == Sharing::kReaders ? F_RDLCK : F_WRLCK)) return {};
     if (StillNamed(path, file.get())) return file;
   }
   errno = EWOULDBLOCK;
-  return StateFile();
+  return {};
 }
 
 bool DeleteStateFile(const std::string& path) {
