@@ -216,7 +216,7 @@ bool OverlaidFiles::MakeRoot(const std::string& folder) {
 NewFolder OverlaidFiles::MakeFolder(const Name& name) {
   if (ScriptedAnswer(FileCall::kMakeFolder, name.path)) return NewFolder::kFailed;
   const std::string parent = Parent(name.path);
-  if (IsMadeWhenMissing(parent) && StandingBehind(parent) == Standing::kNothing &&
+  if (StandingBehind(parent) == Standing::kNothing && IsMadeWhenMissing(parent) &&
       !MakeRoot(parent)) {
     return NewFolder::kFailed;
   }
