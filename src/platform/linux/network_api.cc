@@ -144,7 +144,7 @@ LONG RegQueryValueExA(HKEY key, const char* name, DWORD* reserved, DWORD* type, 
   }
   if (instance_id->size() > *size) return ERROR_MORE_DATA;
   // The registry promises no terminator, and this one has none.
-  std::memcpy(buffer, instance_id->data(), instance_id->size());
+  std::copy(instance_id->begin(), instance_id->end(), buffer);
   *size = static_cast<DWORD>(instance_id->size());
   return ERROR_SUCCESS;
 }
