@@ -251,6 +251,31 @@ int OverlaidFiles::Add(Entry* entry) {
   return static_cast<int>(open_.size() - 1);
 }
 
+void OverlaidFiles::Pretend(const FileChange& change) {
+  const Name name = NameOf(change.path);
+  Entry* entry = At(name.path);
+  if (entry == nullptr) return;
+  FileRights& rights = entry->now;
+  switch (change.kind) {
+    case FileChange::Kind::kFileRemoved:
+      Change(*entry, name, Standing::kNothing);
+      rights.may_make_file = rights.may_make_folder = rights.may_remove_name;
+      return;
+    case FileChange::Kind::kFolderMade:
+      if (rights.standing != Standing::kFolder) Change(*entry, name, Standing::kFolder);
+      return;
+    case FileChange::Kind::kFileWritten:
+      break;
+  }
+  if (rights.standing != Standing::kFile) {
+    rights.may_make_file = true;
+    MakeFile(*entry, name);
+  }
+  Change(*entry, name, Standing::kFile);
+  rights.start = change.content;
+  rights.longer = rights.read_failed = false;
+}
+
 std::optional<FileChange> OverlaidFiles::ChangeOf(const Entry& entry) {
   const auto& [before, now] = std::tie(entry.before, entry.now);
   if (now.standing == Standing::kFolder) {

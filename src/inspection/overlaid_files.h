@@ -36,6 +36,10 @@ class OverlaidFiles final : public FileOverlay {
   int Write(int file, const char* bytes, unsigned size) override;
   void Close(int file) override;
 
+  // Makes a change that the account itself need not have the rights for. It has no effect in a
+  // folder that is neither there nor made.
+  void Pretend(const FileChange& change);
+
   // What is different from the machine, in the order of the last change. A file that was written as
   // it was before is not.
   std::vector<FileChange> Changes() const;

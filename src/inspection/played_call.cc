@@ -9,6 +9,7 @@
 #include "api/request.h"
 #include "hardware/windows_os_manager.h"
 #include "inspection/overlaid_files.h"
+#include "support/clock_shift.h"
 #include "support/file_overlay.h"
 
 namespace system_info {
@@ -125,15 +126,21 @@ class PlayedManager final : public OSManager {
   Seen& seen_;
 };
 
+// Puts files and clock in the place of the system's.
 class OverlayScope {
  public:
-  explicit OverlayScope(FileOverlay& overlay) : previous_(SetFileOverlay(&overlay)) {}
+  OverlayScope(FileOverlay& overlay, std::int64_t clock_shift)
+      : previous_(SetFileOverlay(&overlay)), previous_shift_(SetClockShift(clock_shift)) {}
   OverlayScope(const OverlayScope&) = delete;
   OverlayScope& operator=(const OverlayScope&) = delete;
-  ~OverlayScope() { SetFileOverlay(previous_); }
+  ~OverlayScope() {
+    SetFileOverlay(previous_);
+    SetClockShift(previous_shift_);
+  }
 
  private:
   FileOverlay* previous_;
+  std::int64_t previous_shift_;
 };
 
 Request MakeRequest(PlayedExport which, const HostBuffers& buffers, const std::string& format,
@@ -162,16 +169,17 @@ bool IsNew(const DeviceId& id, const std::vector<std::string>& stored_texts) {
 std::unique_ptr<HardwareSource> ReadThisMachine() { return std::make_unique<ThisMachine>(); }
 
 PlayedCall PlayCall(PlayedExport which, const std::string& format, std::uint32_t flags,
-                    HardwareSource& hardware) {
+                    HardwareSource& hardware, const Pretence& pretence) {
   std::vector<char> id(kIdSize);
   std::vector<char> log(kLogSize);
   const HostBuffers buffers = {id.data(), kIdSize, log.data(), kLogSize};
   const Request request = MakeRequest(which, buffers, format, flags);
   OverlaidFiles files;
+  for (const FileChange& change : pretence.changes) files.Pretend(change);
   Seen seen;
   PlayedCall played;
   {
-    const OverlayScope scope(files);
+    const OverlayScope scope(files, pretence.seconds_later);
     played.result = Answer(request, [&](const std::shared_ptr<HIDLog>& shared) {
       seen.log = shared;
       return std::make_unique<PlayedManager>(shared, hardware, seen);

@@ -58,9 +58,18 @@ struct PlayedCall {
   std::vector<FileChange> changes;  // What is different from before, one entry a path.
 };
 
-// Plays one call. `flags` are those of kMod and ignored otherwise.
+// What a played call finds otherwise than it is now.
+struct Pretence {
+  std::int64_t seconds_later = 0;
+  // Made before the call, in this order, whatever this account may do. A file keeps its rights; one
+  // that is new belongs to this account. A folder has to come before its files.
+  std::vector<FileChange> changes;
+};
+
+// Plays one call. `flags` are those of kMod and ignored otherwise. The changes of `pretence` are
+// among those of the result.
 PlayedCall PlayCall(PlayedExport which, const std::string& format, std::uint32_t flags,
-                    HardwareSource& hardware);
+                    HardwareSource& hardware, const Pretence& pretence = {});
 
 }  // namespace system_info
 

@@ -3,6 +3,7 @@
 #include <ctime>
 
 #include "platform/windows_api.h"
+#include "support/clock_shift.h"
 
 namespace system_info {
 namespace {
@@ -17,10 +18,11 @@ std::int64_t PresentTicks() {
   GetSystemTimeAsFileTime(&time);
   const std::uint64_t ticks =
       (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
-  return static_cast<std::int64_t>(ticks) - kTicksFrom1601To1970;
+  return static_cast<std::int64_t>(ticks) - kTicksFrom1601To1970 +
+         PresentClockShift() * kTicksPerSecond;
 }
 
-std::int64_t PresentSeconds() { return _time64(nullptr); }
+std::int64_t PresentSeconds() { return _time64(nullptr) + PresentClockShift(); }
 
 TimeOfDay LocalTimeOfDay(std::int64_t seconds) {
   const __time64_t time = seconds;

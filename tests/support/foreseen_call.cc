@@ -110,27 +110,40 @@ void CompareTrees(const Tree& expected, const std::string& drawn, const Tree& af
 
 }  // namespace
 
+std::string TracesOf(const std::vector<std::string>& folders, const std::function<void()>& action) {
+  const Tree before = Walk(folders);
+  action();
+  const Tree after = Walk(folders);
+  Tree all = before;
+  all.insert(after.begin(), after.end());
+  const auto shown = [](const Tree& tree, const std::string& path) {
+    const auto item = tree.find(path);
+    return item == tree.end() ? "nothing" : item->second.status + item->second.shown;
+  };
+  Comparison comparison;
+  for (const auto& [path, item] : all) {
+    comparison.Equal("untouched " + path, shown(before, path), shown(after, path));
+  }
+  return comparison.text();
+}
+
 std::string DifferencesOf(const ForeseenCall& call, HardwareSource& hardware,
                           const std::vector<std::string>& folders,
                           const std::function<MadeCall()>& make,
                           const std::function<void(const std::function<void()>&)>& account) {
-  Comparison comparison;
-  const Tree before = Walk(folders);
   PlayedCall played;
-  account([&] { played = PlayCall(call.which, call.format, call.flags, hardware); });
+  const std::string traces = TracesOf(folders, [&] {
+    account([&] { played = PlayCall(call.which, call.format, call.flags, hardware); });
+  });
+  Comparison comparison;
   Tree tree = Walk(folders);
-  for (const auto& [path, item] : tree) {
-    const auto old = before.find(path);
-    comparison.Equal("untouched " + path, item.status + item.shown,
-                     old == before.end() ? "" : old->second.status + old->second.shown);
-  }
   MadeCall made;
   account([&] { made = make(); });
   CompareReplies(played, made, comparison);
   for (const FileChange& change : played.changes) Apply(change, tree);
   CompareTrees(tree, played.random ? *played.id : "", Walk(folders), played.random ? made.id : "",
                comparison);
-  return comparison.text();
+  return traces + comparison.text();
 }
 
 }  // namespace system_info

@@ -1,9 +1,15 @@
 #include "tools/deviceid/call_command.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "deviceid.h"
 #include "inspection/log_entries.h"
@@ -17,6 +23,41 @@
 
 namespace deviceid {
 namespace {
+
+constexpr const char* kFooter =
+    R"(Examples:
+  deviceid                         the id of this PC, as a host gets it
+  deviceid --no-store              the same, but nothing is stored
+  deviceid --format 1.5 --log      the values that an id is made of
+  deviceid explain                 why the id is what it is, and what comes next
+
+Without a command the program makes the call that a host makes: it may store an id, and says so in
+one line on standard error. Only --no-store never writes.
+
+Exit status: the result of the library, 0 for an id; 2 wrong usage; 69 no such library; 74 output
+cannot be written; 75 another account would lose its id (see --yes).)";
+
+struct Arguments {
+  std::string format = "2.0";
+  bool log = false;
+  bool json = false;
+  bool recheck = false;
+  bool no_store = false;
+  bool yes = false;
+  std::vector<std::string> flags;
+  std::optional<std::string> library;
+};
+
+struct FlagName {
+  const char* name;
+  std::uint32_t bit;
+};
+
+constexpr std::array<FlagName, 3> kFlags = {{
+    {"SkipDateCheck", DEVICEID_SKIP_DATE_CHECK},
+    {"ForceRandomHid", DEVICEID_FORCE_RANDOM_HID},
+    {"UseEmulatedHardwareIds", DEVICEID_USE_EMULATED_HARDWARE_IDS},
+}};
 
 struct ResultText {
   int code;
@@ -37,6 +78,27 @@ constexpr ResultText kResults[] = {
 };
 constexpr ResultText kUnknownResult = {-1, "Unknown",
                                        "the library gave an unknown result for format"};
+
+bool SameWord(const std::string& left, const std::string& right) {
+  return std::equal(
+      left.begin(), left.end(), right.begin(), right.end(),
+      [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); });
+}
+
+std::uint32_t FlagBit(const std::string& name) {
+  std::vector<std::string> names;
+  for (const FlagName& flag : kFlags) {
+    if (SameWord(name, flag.name)) return flag.bit;
+    names.emplace_back(flag.name);
+  }
+  throw Failure(kWrongUsage, "there is no flag \"" + name + "\"" + Suggestion(name, names));
+}
+
+std::uint32_t FlagBits(const Arguments& arguments) {
+  std::uint32_t bits = 0;
+  for (const std::string& name : arguments.flags) bits |= FlagBit(name);
+  return bits;
+}
 
 struct Answer {
   int result = DEVICEID_SUCCESS;
@@ -74,9 +136,9 @@ Answer AskLibrary(const Arguments& arguments) {
   if (arguments.recheck) {
     answer.result =
         library.recheck(id.data(), DEVICEID_ID_SIZE, format, log.data(), DEVICEID_LOG_SIZE);
-  } else if (arguments.flags) {
+  } else if (!arguments.flags.empty()) {
     answer.result = library.mod(id.data(), DEVICEID_ID_SIZE, format, log.data(), DEVICEID_LOG_SIZE,
-                                *arguments.flags);
+                                FlagBits(arguments));
   } else {
     answer.result = library.get(id.data(), DEVICEID_ID_SIZE, format, log.data(), DEVICEID_LOG_SIZE);
   }
@@ -87,11 +149,11 @@ Answer AskLibrary(const Arguments& arguments) {
 
 system_info::PlayedCall PlayArguments(const Arguments& arguments) {
   using system_info::PlayedExport;
-  const PlayedExport which = arguments.recheck ? PlayedExport::kRecheck
-                             : arguments.flags ? PlayedExport::kMod
-                                               : PlayedExport::kGet;
+  const PlayedExport which = arguments.recheck          ? PlayedExport::kRecheck
+                             : !arguments.flags.empty() ? PlayedExport::kMod
+                                                        : PlayedExport::kGet;
   const auto hardware = system_info::ReadThisMachine();
-  return system_info::PlayCall(which, arguments.format, arguments.flags.value_or(0), *hardware);
+  return system_info::PlayCall(which, arguments.format, FlagBits(arguments), *hardware);
 }
 
 Answer Play(const Arguments& arguments) {
@@ -165,9 +227,7 @@ Answer AskAndTellWhatWasStored(const Arguments& arguments) {
   return answer;
 }
 
-}  // namespace
-
-int RunCall(const Arguments& arguments) {
+int Run(const Arguments& arguments) {
   Answer answer = arguments.no_store ? Play(arguments) : AskAndTellWhatWasStored(arguments);
   answer.entries = system_info::ParseLog(answer.log);
   if (arguments.log && !answer.log.empty()) {
@@ -181,6 +241,35 @@ int RunCall(const Arguments& arguments) {
   }
   if (!answer.id) ComplainOfResult(arguments.format, answer);
   return FinishOutput(answer.result);
+}
+
+}  // namespace
+
+Command CallCommand() {
+  const auto arguments = std::make_shared<Arguments>();
+  return {"",
+          "Prints the id of this PC.",
+          kFooter,
+          {FormatOption(&arguments->format),
+           {"--log", "Print the log of the call to standard error", &arguments->log},
+           {"--json", "Print one JSON object with result, id and log", &arguments->json},
+           {"--recheck", "Compare the hardware whatever the age of the stored record",
+            &arguments->recheck},
+           {"--flags",
+            "What the call does otherwise",
+            &arguments->flags,
+            ValueKind::kText,
+            {kFlags[0].name, kFlags[1].name, kFlags[2].name},
+            "--recheck"},
+           {"--no-store", "Play the call and store nothing", &arguments->no_store},
+           {"--yes", "Store the id even if another account loses its own", &arguments->yes},
+           {"--library",
+            "Call this library instead of the one inside",
+            &arguments->library,
+            ValueKind::kFile,
+            {},
+            "--no-store"}},
+          [arguments] { return Run(*arguments); }};
 }
 
 }  // namespace deviceid

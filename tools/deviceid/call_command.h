@@ -3,12 +3,11 @@
 #ifndef DEVICEID_TOOLS_DEVICEID_CALL_COMMAND_H_
 #define DEVICEID_TOOLS_DEVICEID_CALL_COMMAND_H_
 
-#include "tools/deviceid/command_line.h"
+#include "tools/deviceid/command.h"
 
 namespace deviceid {
 
-// Returns the exit status.
-int RunCall(const Arguments& arguments);
+Command CallCommand();
 
 }  // namespace deviceid
 

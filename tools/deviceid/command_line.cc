@@ -2,8 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
-#include <cctype>
+#include <type_traits>
 
 #include "deviceid.h"
 #include "tools/deviceid/output.h"
@@ -11,142 +10,57 @@
 namespace deviceid {
 namespace {
 
-struct FlagName {
-  const char* name;
-  std::uint32_t bit;
-};
-
-constexpr std::array<FlagName, 3> kFlags = {{
-    {"SkipDateCheck", DEVICEID_SKIP_DATE_CHECK},
-    {"ForceRandomHid", DEVICEID_FORCE_RANDOM_HID},
-    {"UseEmulatedHardwareIds", DEVICEID_USE_EMULATED_HARDWARE_IDS},
-}};
-
-constexpr const char* kCallFooter = R"(
-Examples:
-  deviceid                         the id of this PC, as a host gets it
-  deviceid --no-store              the same, but nothing is stored
-  deviceid --format 1.5 --log      the values that an id is made of
-  deviceid explain                 why the id is what it is, and what comes next
-
-Without a command the program makes the call that a host makes: it may store an id, and says so in
-one line on standard error. Only --no-store never writes.
-
-Exit status: the result of the library, 0 for an id; 2 wrong usage; 69 no such library; 74 output
-cannot be written; 75 another account would lose its id (see --yes).)";
-
-constexpr const char* kExplainFooter = R"(
-PATH is a kept copy of a state folder, a log that a host kept, or - for a log on standard input.
-
-Examples:
-  deviceid explain                            this PC
-  deviceid explain --against ~/deviceid.kept  this PC, beside a kept copy of the folder
-  deviceid explain host.log                   the call that wrote this log
-
-Writes nothing.
-
-Exit status: 0 the id stays; 10 it changes, or will; 20 there is no id; 2 wrong usage; 65 neither a log
-nor a state folder; 66 no such file; 74 output cannot be written; 77 no rights.)";
-
-constexpr const char* kInspectFooter = R"(
-PATH is a stored file, or a folder that holds some; without one, the files of this PC are shown.
-
-Examples:
-  deviceid inspect
-  deviceid inspect /var/lib/BrindleQuayWorks/hid_settings
-
-Writes nothing.
-
-Exit status: 0 all files are good; 10 one is damaged, or they do not agree; 2 wrong usage; 65 a folder
-without stored files; 66 no such file; 74 output cannot be written; 77 no rights.)";
-
-bool SameWord(const std::string& left, const std::string& right) {
-  return std::equal(
-      left.begin(), left.end(), right.begin(), right.end(),
-      [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); });
-}
-
-std::uint32_t FlagBit(const std::string& name) {
-  std::vector<std::string> names;
-  for (const FlagName& flag : kFlags) {
-    if (SameWord(name, flag.name)) return flag.bit;
-    names.emplace_back(flag.name);
+std::string HelpOf(const Option& option) {
+  std::string text = option.help;
+  for (const std::string& choice : option.choices) {
+    text += (choice == option.choices.front() ? ": " : ", ") + choice;
   }
-  throw Failure(kWrongUsage, "there is no flag \"" + name + "\"" + Suggestion(name, names));
+  return text;
 }
 
-void DeclareFormat(CLI::App& app, Arguments& arguments) {
-  app.add_option("--format", arguments.format, "1.0, 1.1, 1.2, 1.4, 1.5, 1.6 or 2.0")
-      ->capture_default_str();
+void Declare(CLI::App& app, const Option& option) {
+  CLI::Option* declared = std::visit(
+      [&](auto* target) {
+        using Target = std::remove_pointer_t<decltype(target)>;
+        if constexpr (std::is_same_v<Target, bool>) {
+          return app.add_flag(option.name, *target, HelpOf(option));
+        } else {
+          return app.add_option(option.name, *target, HelpOf(option));
+        }
+      },
+      option.target);
+  if (std::holds_alternative<std::string*>(option.target)) declared->capture_default_str();
+  const bool named = option.name.rfind("--", 0) == 0;
+  const bool list = std::holds_alternative<std::vector<std::string>*>(option.target);
+  if (named && list) declared->delimiter(',')->allow_extra_args(false);
+  if (!option.excludes.empty()) declared->excludes(app.get_option(option.excludes));
+  if (option.required) declared->required();
 }
 
-void DeclareCall(CLI::App& app, Arguments& arguments) {
-  const auto set_flags = [&arguments](const std::vector<std::string>& names) {
-    std::uint32_t bits = 0;
-    for (const std::string& name : names) bits |= FlagBit(name);
-    arguments.flags = bits;
-  };
-  DeclareFormat(app, arguments);
-  app.add_flag("--log", arguments.log, "Print the log of the call to standard error");
-  app.add_flag("--json", arguments.json, "Print one JSON object with result, id and log");
-  CLI::Option* recheck = app.add_flag("--recheck", arguments.recheck,
-                                      "Compare the hardware whatever the age of the stored record");
-  app.add_option_function<std::vector<std::string>>(
-         "--flags", set_flags, "SkipDateCheck, ForceRandomHid, UseEmulatedHardwareIds")
-      ->delimiter(',')
-      ->allow_extra_args(false)
-      ->excludes(recheck);
-  CLI::Option* no_store =
-      app.add_flag("--no-store", arguments.no_store, "Play the call and store nothing");
-  app.add_flag("--yes", arguments.yes, "Store the id even if another account loses its own");
-  app.add_option("--library", arguments.library, "Call this library instead of the one inside")
-      ->excludes(no_store);
-  app.set_version_flag("--version", GetHIDVersion(), "Print the version of the library");
-  app.footer(kCallFooter);
-}
-
-void DeclareExplain(CLI::App& app, Arguments& arguments) {
-  CLI::App* command = app.add_subcommand(
-      "explain", "Say in one sentence why the id is what it is, and what comes next");
-  command->callback([&arguments] { arguments.command = Command::kExplain; });
-  command->add_option("PATH", arguments.paths, "A kept state folder or a log")->expected(0, 1);
-  command->add_option("--against", arguments.against, "A kept copy of the state folder");
-  DeclareFormat(*command, arguments);
-  command->add_flag("--json", arguments.json, "Print one JSON object");
-  command->footer(kExplainFooter);
-}
-
-void DeclareInspect(CLI::App& app, Arguments& arguments) {
-  CLI::App* command = app.add_subcommand("inspect", "Show what is stored, field by field");
-  command->callback([&arguments] { arguments.command = Command::kInspect; });
-  command->add_option("PATH", arguments.paths, "Stored files or folders");
-  command->add_flag("--json", arguments.json, "Print one JSON object");
-  command->footer(kInspectFooter);
+void Declare(CLI::App& app, const Command& command) {
+  for (const Option& option : command.options) Declare(app, option);
+  app.footer(command.footer + "\n");
 }
 
 // The options and commands that `word` could have been.
-std::vector<std::string> NamesLike(const std::string& word, const CLI::App& app) {
+std::vector<std::string> NamesLike(const std::string& word, const std::vector<Command>& commands) {
+  const bool option_wanted = word.rfind('-', 0) == 0;
   std::vector<std::string> names;
-  if (word.rfind('-', 0) != 0) {
-    for (const CLI::App* command : app.get_subcommands({})) names.push_back(command->get_name());
-    return names;
+  for (const Command& command : commands) {
+    if (!option_wanted && !command.name.empty()) names.push_back(command.name);
+    if (!option_wanted) continue;
+    for (const Option& option : command.options) names.push_back(option.name);
   }
-  const auto add = [&names](const CLI::App& from) {
-    for (const CLI::Option* option : from.get_options()) {
-      for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-    }
-  };
-  add(app);
-  for (const CLI::App* command : app.get_subcommands({})) add(*command);
   return names;
 }
 
-[[noreturn]] void RefuseCommandLine(const std::vector<std::string>& words, const CLI::App& app,
+[[noreturn]] void RefuseCommandLine(const std::vector<std::string>& words,
+                                    const std::vector<Command>& commands,
                                     const CLI::ParseError& error) {
   std::string hint;
   for (const std::string& word : words) {
     const std::string name = word.substr(0, word.find('='));
-    const std::vector<std::string> names = NamesLike(name, app);
+    const std::vector<std::string> names = NamesLike(name, commands);
     const bool known = std::find(names.begin(), names.end(), name) != names.end();
     if (known) continue;
     hint = Suggestion(name, names);
@@ -156,24 +70,49 @@ std::vector<std::string> NamesLike(const std::string& word, const CLI::App& app)
   throw Failure(kWrongUsage, error.what() + hint);
 }
 
+// Options of the call without a command say nothing to the others.
+void RefuseOptionsBefore(const Command& command, const CLI::App& app) {
+  for (const CLI::Option* option : app.get_options()) {
+    if (option->count() == 0) continue;
+    throw Failure(kWrongUsage, option->get_name() + " before \"" + command.name +
+                                   "\" has no meaning; options follow the command");
+  }
+}
+
 }  // namespace
 
-std::optional<Arguments> ParseCommandLine(const std::vector<std::string>& words) {
-  Arguments arguments;
+Option FormatOption(std::string* format) {
+  return {"--format",
+          "The format of the id",
+          format,
+          ValueKind::kText,
+          {"1.0", "1.1", "1.2", "1.4", "1.5", "1.6", "2.0"}};
+}
+
+Option JsonOption(bool* json) { return {"--json", "Print one JSON object", json}; }
+
+int RunCommandLine(const std::vector<Command>& commands, const std::vector<std::string>& words) {
   CLI::App app("Prints the id of this PC.", "deviceid");
-  DeclareCall(app, arguments);
-  DeclareExplain(app, arguments);
-  DeclareInspect(app, arguments);
+  Declare(app, commands.front());
+  app.set_version_flag("--version", GetHIDVersion(), "Print the version of the library");
   app.require_subcommand(0, 1);
+  for (auto command = commands.begin() + 1; command != commands.end(); ++command) {
+    Declare(*app.add_subcommand(command->name, command->summary), *command);
+  }
   try {
     app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::Success& request) {
     app.exit(request);  // prints the help or the version
-    return std::nullopt;
+    return FinishOutput(kGood);
   } catch (const CLI::ParseError& error) {
-    RefuseCommandLine(words, app, error);
+    RefuseCommandLine(words, commands, error);
   }
-  return arguments;
+  for (const Command& command : commands) {
+    if (command.name.empty() || !app.got_subcommand(command.name)) continue;
+    RefuseOptionsBefore(command, app);
+    return command.run();
+  }
+  return commands.front().run();
 }
 
 }  // namespace deviceid

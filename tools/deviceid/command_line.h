@@ -3,37 +3,16 @@
 #ifndef DEVICEID_TOOLS_DEVICEID_COMMAND_LINE_H_
 #define DEVICEID_TOOLS_DEVICEID_COMMAND_LINE_H_
 
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "tools/deviceid/command.h"
+
 namespace deviceid {
 
-enum class Command { kCall, kExplain, kInspect };
-
-// All texts are in UTF-8 as far as the system knows their characters.
-struct Arguments {
-  Command command = Command::kCall;
-  std::string format = "2.0";
-  bool json = false;
-
-  // Of the plain call.
-  bool log = false;
-  bool recheck = false;
-  bool no_store = false;
-  bool yes = false;
-  std::optional<std::uint32_t> flags;
-  std::optional<std::string> library;
-
-  // Of "explain" and "inspect".
-  std::vector<std::string> paths;
-  std::optional<std::string> against;
-};
-
-// None if the command line asked for help or the version, which is printed then. Throws Failure if
-// it makes no sense.
-std::optional<Arguments> ParseCommandLine(const std::vector<std::string>& words);
+// Runs the one of `commands` that `words` ask for and returns its exit status. The first command is
+// the one without a name. Help and version are printed. Throws Failure if the words make no sense.
+int RunCommandLine(const std::vector<Command>& commands, const std::vector<std::string>& words);
 
 }  // namespace deviceid
 

@@ -1,39 +1,45 @@
 #include "tools/deviceid/explain_command.h"
 
-#include <algorithm>
 #include <iostream>
-#include <iterator>
 #include <memory>
+#include <optional>
 
 #include "inspection/explanation_json.h"
 #include "inspection/explanation_text.h"
 #include "inspection/log_facts.h"
 #include "inspection/played_call.h"
 #include "inspection/saved_log.h"
-#include "platform/accounts.h"
 #include "platform/native_paths.h"
-#include "support/call_log.h"
-#include "support/folder_paths.h"
+#include "tools/deviceid/machine_state.h"
 #include "tools/deviceid/output.h"
 #include "tools/deviceid/state_folders.h"
-#include "values/format_version.h"
 
 namespace deviceid {
 namespace {
 
 using system_info::Explanation;
-using system_info::PlayedExport;
+
+constexpr const char* kFooter =
+    R"(PATH is a kept copy of a state folder, a log that a host kept, or - for a log on standard input.
+
+Examples:
+  deviceid explain                            this PC
+  deviceid explain --against ~/deviceid.kept  this PC, beside a kept copy of the folder
+  deviceid explain host.log                   the call that wrote this log
+
+Writes nothing.
+
+Exit status: 0 the id stays; 10 it changes, or will; 20 there is no id; 2 wrong usage; 65 neither a log
+nor a state folder; 66 no such file; 74 output cannot be written; 77 no rights.)";
+
+struct Arguments {
+  std::string format = "2.0";
+  std::optional<std::string> path;
+  std::optional<std::string> against;
+  bool json = false;
+};
 
 constexpr std::size_t kLargestLog = std::size_t{64} << 20;
-
-constexpr const char* kNewestFormat = "2.0";
-
-void CheckFormat(const std::string& format) {
-  if (system_info::IsSupportedVersion(format)) return;
-  throw Failure(kWrongUsage, "the library knows no format \"" + format + "\"" +
-                                 Suggestion(format, {system_info::SupportedVersions.begin(),
-                                                     system_info::SupportedVersions.end()}));
-}
 
 std::string ReadStandardInput() {
   std::string text(kLargestLog + 1, '\0');
@@ -50,7 +56,9 @@ Explanation ExplainLogOf(const std::string& name, const std::string& bytes) {
 }
 
 Explanation ExplainThisMachine(const Arguments& arguments) {
-  const system_info::MachineState machine = LookAtMachine(arguments.format);
+  CheckFormat(arguments.format);
+  const auto hardware = system_info::ReadThisMachine();
+  const system_info::MachineState machine = LookAtMachine(arguments.format, *hardware);
   Explanation explanation = system_info::ExplainMachine(machine);
   if (arguments.against) {
     system_info::CompareWithKept(explanation, machine.folders,
@@ -70,8 +78,8 @@ Explanation ExplainKeptFolder(const std::filesystem::path& path, const Arguments
 }
 
 Explanation Explain(const Arguments& arguments) {
-  if (arguments.paths.empty()) return ExplainThisMachine(arguments);
-  const std::string& name = arguments.paths.front();
+  if (!arguments.path) return ExplainThisMachine(arguments);
+  const std::string& name = *arguments.path;
   const auto path = system_info::FromUtf8(name);
   std::error_code failure;
   const bool folder = name != "-" && std::filesystem::is_directory(path, failure);
@@ -85,26 +93,7 @@ Explanation Explain(const Arguments& arguments) {
   return ExplainLogOf(name, ReadUserFile(path, kLargestLog));
 }
 
-}  // namespace
-
-system_info::MachineState LookAtMachine(const std::string& format) {
-  CheckFormat(format);
-  system_info::MachineState machine;
-  machine.windows = system_info::PathSeparator() == '\\';
-  machine.administrator = system_info::PresentAccount().privileged;
-  machine.format = format;
-  machine.folders = ReadStateFolders();
-  const auto hardware = system_info::ReadThisMachine();
-  machine.next = system_info::PlayCall(PlayedExport::kGet, format, 0, *hardware);
-  if (format != kNewestFormat) return machine;
-  machine.recheck = system_info::PlayCall(PlayedExport::kRecheck, format, 0, *hardware);
-  const auto log = std::make_shared<system_info::HIDLog>();
-  machine.hardware = hardware->GetHardwareIdList(system_info::HidFormatVersion(kNewestFormat), log);
-  machine.hardware_log = log->text();
-  return machine;
-}
-
-int RunExplain(const Arguments& arguments) {
+int Run(const Arguments& arguments) {
   const Explanation explanation = Explain(arguments);
   if (arguments.json) {
     std::cout << system_info::ToJson(explanation) << '\n';
@@ -112,6 +101,21 @@ int RunExplain(const Arguments& arguments) {
     std::cout << system_info::ToText(explanation, {WantsColour(), LocalDate});
   }
   return FinishOutput(explanation.status);
+}
+
+}  // namespace
+
+Command ExplainCommand() {
+  const auto arguments = std::make_shared<Arguments>();
+  return {
+      "explain",
+      "Say in one sentence why the id is what it is, and what comes next",
+      kFooter,
+      {{"PATH", "A kept state folder or a log", &arguments->path, ValueKind::kFile},
+       {"--against", "A kept copy of the state folder", &arguments->against, ValueKind::kFolder},
+       FormatOption(&arguments->format),
+       JsonOption(&arguments->json)},
+      [arguments] { return Run(*arguments); }};
 }
 
 }  // namespace deviceid

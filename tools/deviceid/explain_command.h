@@ -3,16 +3,11 @@
 #ifndef DEVICEID_TOOLS_DEVICEID_EXPLAIN_COMMAND_H_
 #define DEVICEID_TOOLS_DEVICEID_EXPLAIN_COMMAND_H_
 
-#include "inspection/explanation.h"
-#include "tools/deviceid/command_line.h"
+#include "tools/deviceid/command.h"
 
 namespace deviceid {
 
-// What the library would find on this machine and do there. Writes nothing.
-system_info::MachineState LookAtMachine(const std::string& format);
-
-// Returns the exit status.
-int RunExplain(const Arguments& arguments);
+Command ExplainCommand();
 
 }  // namespace deviceid
 

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "inspection/stored_file_report.h"
 #include "platform/file_attributes.h"
@@ -20,6 +23,23 @@ using system_info::StoredFileReport;
 
 constexpr const char* kFileNames[] = {"device.idv2", "device.id", "hid_settings",
                                       "hardware_ids.emulated"};
+
+constexpr const char* kFooter =
+    R"(PATH is a stored file, or a folder that holds some; without one, the files of this PC are shown.
+
+Examples:
+  deviceid inspect
+  deviceid inspect /var/lib/BrindleQuayWorks/hid_settings
+
+Writes nothing.
+
+Exit status: 0 all files are good; 10 one is damaged, or they do not agree; 2 wrong usage; 65 a folder
+without stored files; 66 no such file; 74 output cannot be written; 77 no rights.)";
+
+struct Arguments {
+  std::vector<std::string> paths;
+  bool json = false;
+};
 
 constexpr int kNotGood = 10;
 
@@ -79,9 +99,7 @@ std::vector<StoredFileReport> ReportOnPath(const std::string& name) {
   return {std::move(report)};
 }
 
-}  // namespace
-
-int RunInspect(const Arguments& arguments) {
+int Run(const Arguments& arguments) {
   std::vector<StoredFileReport> reports;
   if (arguments.paths.empty()) reports = ReportOnMachine();
   for (const std::string& path : arguments.paths) Append(reports, ReportOnPath(path));
@@ -95,6 +113,18 @@ int RunInspect(const Arguments& arguments) {
   const bool together =
       system_info::RecordAgrees(reports) != false && !system_info::IsRecordWithoutId(reports);
   return FinishOutput(bad || !together ? kNotGood : kGood);
+}
+
+}  // namespace
+
+Command InspectCommand() {
+  const auto arguments = std::make_shared<Arguments>();
+  return {"inspect",
+          "Show what is stored, field by field",
+          kFooter,
+          {{"PATH", "Stored files or folders", &arguments->paths, ValueKind::kFile},
+           JsonOption(&arguments->json)},
+          [arguments] { return Run(*arguments); }};
 }
 
 }  // namespace deviceid

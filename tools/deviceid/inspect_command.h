@@ -3,12 +3,11 @@
 #ifndef DEVICEID_TOOLS_DEVICEID_INSPECT_COMMAND_H_
 #define DEVICEID_TOOLS_DEVICEID_INSPECT_COMMAND_H_
 
-#include "tools/deviceid/command_line.h"
+#include "tools/deviceid/command.h"
 
 namespace deviceid {
 
-// Returns the exit status: 0 if all files are good and agree, else 10.
-int RunInspect(const Arguments& arguments);
+Command InspectCommand();
 
 }  // namespace deviceid
 

@@ -9,30 +9,13 @@
 #include "tools/deviceid/inspect_command.h"
 #include "tools/deviceid/output.h"
 
-namespace deviceid {
-namespace {
-
-int Run(const Arguments& arguments) {
-  switch (arguments.command) {
-    case Command::kExplain:
-      return RunExplain(arguments);
-    case Command::kInspect:
-      return RunInspect(arguments);
-    case Command::kCall:
-      break;
-  }
-  return RunCall(arguments);
-}
-
-}  // namespace
-}  // namespace deviceid
-
 // NOLINTNEXTLINE(bugprone-exception-escape): only a complaint about a failure can fail here
 int main(int argc, char** argv) {
   try {
     system_info::PrepareOutput();
-    const auto arguments = deviceid::ParseCommandLine(system_info::CommandLine(argc, argv));
-    return arguments ? deviceid::Run(*arguments) : deviceid::FinishOutput(deviceid::kGood);
+    return deviceid::RunCommandLine(
+        {deviceid::CallCommand(), deviceid::ExplainCommand(), deviceid::InspectCommand()},
+        system_info::CommandLine(argc, argv));
   } catch (const deviceid::Failure& failure) {
     deviceid::Complain(failure.what());
     return failure.status();

@@ -35,9 +35,7 @@ StateFolder ReadFolder(StateFolder::Kind kind, const std::filesystem::path& path
   StateFolder folder;
   folder.kind = kind;
   folder.path = ToUtf8(path);
-  folder.idv2 = ReadStoredFile(path / "device.idv2");
-  folder.id = ReadStoredFile(path / "device.id");
-  folder.record = ReadStoredFile(path / "hid_settings");
+  for (const auto& [name, file] : kStoredFiles) folder.*file = ReadStoredFile(path / name);
   return folder;
 }
 

@@ -11,6 +11,17 @@
 
 namespace deviceid {
 
+// The files of a state folder that an id depends on.
+struct StoredFileName {
+  const char* name;
+  system_info::StoredFile system_info::StateFolder::*file;
+};
+inline constexpr StoredFileName kStoredFiles[] = {
+    {"device.idv2", &system_info::StateFolder::idv2},
+    {"device.id", &system_info::StateFolder::id},
+    {"hid_settings", &system_info::StateFolder::record},
+};
+
 // The common folder, then the one of this account.
 std::vector<system_info::StateFolder> ReadStateFolders();
 

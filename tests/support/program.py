@@ -1,0 +1,108 @@
+"""The program on state folders of its own, as root and as an ordinary account, for tests in Python.
+
+A test is called with the PROGRAM and the shared LIBRARY and hands its cases to play(). It needs root, and
+mounts that nobody else sees; it exits 77 without."""
+import hashlib
+import json
+import os
+import pathlib
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+import jsonschema
+
+DOCS = pathlib.Path(__file__).resolve().parent.parent.parent / "docs"
+COMMON = pathlib.Path("/var/lib/BrindleQuayWorks")
+HOME = pathlib.Path("/mnt/home")
+SOMEBODY = 65534
+USER = HOME / ".local/share/BrindleQuayWorks"
+ID = "2-0-01234567-89ab-cdef-0123-456789abcdef"
+faults = []
+paths = {}
+
+
+def run(*words, account=0, text=None):
+    """Status, standard output and standard error."""
+    done = subprocess.run([paths["program"], *words], user=account, group=account, extra_groups=[], input=text,
+                          env={"HOME": str(HOME if account else "/root"), "LC_ALL": "C"},
+                          capture_output=True, check=False)
+    return done.returncode, done.stdout.decode(), done.stderr.decode()
+
+
+def expect(what, seen, wanted):
+    if seen != wanted:
+        faults.append(f"{what}: {seen!r} instead of {wanted!r}")
+
+
+def ask(command, *words, account=0, schema=None):
+    """Status and JSON of a command, held against its schema."""
+    status, output, _ = run(command, "--json", *words, account=account)
+    answer = json.loads(output)
+    schema = json.loads((DOCS / f"{schema or command}.schema.json").read_text())
+    jsonschema.validate(answer, schema)
+    return status, answer
+
+
+def explain(*words, account=0):
+    return ask("explain", *words, account=account)
+
+
+def clear():
+    for folder in (COMMON, HOME):
+        shutil.rmtree(folder, ignore_errors=True)
+    HOME.mkdir()
+    os.chown(HOME, SOMEBODY, SOMEBODY)
+
+
+def record(device_id, age, *parts, kind=0):
+    texts = ["2.0", device_id]
+    head = b"".join(struct.pack("<i", len(text)) + text.encode() for text in texts)
+    body = b"".join(struct.pack("<i", len(part)) + part.encode() for part in parts)
+    return head + struct.pack("<iqi", kind, int(time.time()) - age, len(parts)) + body
+
+
+def write(folder, **files):
+    folder.mkdir(parents=True, exist_ok=True)
+    for name, content in files.items():
+        name = {"idv2": "device.idv2", "id": "device.id", "record": "hid_settings"}[name]
+        (folder / name).write_bytes(content if isinstance(content, bytes) else content.encode())
+
+
+def trees():
+    """All names, bytes, rights, owners and dates."""
+    state = []
+    for root in ("/var/lib", "/mnt"):
+        for path in sorted(pathlib.Path(root).rglob("*")):
+            status = path.lstat()
+            data = hashlib.sha256(path.read_bytes()).hexdigest() if path.is_file() else ""
+            state.append((str(path), status.st_mode, status.st_uid, status.st_mtime_ns,
+                          status.st_ctime_ns, data))
+    return state
+
+
+def play(*cases):
+    """Plays each case with a folder of its own for work, and ends the process."""
+    if os.geteuid() != 0:
+        print("only root can mount state folders")
+        sys.exit(77)
+    if sys.argv[3:] != ["inside"]:
+        os.execvp("unshare", ["unshare", "--mount", sys.argv[0], *sys.argv[1:3], "inside"])
+    for folder, mode in (("/var/lib", 755), ("/mnt", 755), ("/root", 700)):
+        subprocess.run(["mount", "-t", "tmpfs", "-o", f"mode={mode}", "tmpfs", folder], check=True)
+    # The one other account that has a folder of its own.
+    passwd = pathlib.Path("/mnt/passwd")
+    passwd.write_text(f"root:x:0:0::/root:/bin/sh\nsomebody:x:{SOMEBODY}:{SOMEBODY}::{HOME}:/bin/sh\n")
+    subprocess.run(["mount", "--bind", passwd, "/etc/passwd"], check=True)
+    for case in cases:
+        with tempfile.TemporaryDirectory() as work:
+            os.chmod(work, 0o755)
+            for name, source in zip(("program", "library"), sys.argv[1:]):
+                paths[name] = shutil.copy(source, work)
+            clear()
+            case(pathlib.Path(work))
+    print(*faults, sep="\n")
+    sys.exit(bool(faults))
