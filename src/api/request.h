@@ -1,8 +1,8 @@
 // The frame around every request: the checks of its arguments, its log, and the conversion of every
 // failure into a result and a log line.
 //
-// The exported calls are requests to the manager of the running machine. Whatever plays a call in
-// another way goes through the same frame with a manager of its own.
+// The exported calls are requests to the manager of the running machine. A dry run goes through the
+// same frame with a manager of its own.
 
 #ifndef DEVICEID_API_REQUEST_H_
 #define DEVICEID_API_REQUEST_H_

@@ -20,8 +20,8 @@ using AdapterMap = std::map<std::string, std::string>;
 std::string FormatMacAddress(const std::uint8_t* address);
 
 // Returns the MAC text of the first of `pci_adapters` if `adapters` knows that name, otherwise that
-// of `first_adapter_name`, and logs which it was. Empty if `adapters` knows neither. Adapters are
-// not judged by their kind: a rule that left some out would change ids that are out there.
+// of `first_adapter_name`, and logs which it was. Empty if `adapters` knows neither. No kind of
+// adapter is filtered out: that would change existing ids.
 std::string SelectMacAddress(const AdapterMap& adapters, const std::string& first_adapter_name,
                              const std::vector<std::string>& pci_adapters, HIDLog& log);
 

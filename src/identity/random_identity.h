@@ -1,5 +1,5 @@
 // The text that takes the place of the hardware string when no hardware can be read, or when a host
-// asks for an id that does not rest on it.
+// asks for an id that is independent of it.
 
 #ifndef DEVICEID_IDENTITY_RANDOM_IDENTITY_H_
 #define DEVICEID_IDENTITY_RANDOM_IDENTITY_H_
@@ -9,8 +9,8 @@
 
 namespace system_info {
 
-// Draws a number from 0 to 2147483647 and returns it in decimal. Every call draws anew; only a
-// stored id stays the same. Throws what std::random_device throws.
+// Returns a random number from 0 to 2147483647 in decimal, another one in each call. Throws what
+// std::random_device throws.
 std::string MakeRandomHardwareString();
 
 // The text that the next output of `generator` gives.

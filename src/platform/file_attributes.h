@@ -1,4 +1,4 @@
-// What a support case wants to know of a file beside its bytes.
+// What a support engineer needs to know about a file besides its content.
 
 #ifndef DEVICEID_PLATFORM_FILE_ATTRIBUTES_H_
 #define DEVICEID_PLATFORM_FILE_ATTRIBUTES_H_

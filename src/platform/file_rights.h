@@ -2,7 +2,7 @@
 //
 // Each function is about this moment and leaves nothing behind but, where the system insists on it,
 // the time of the last access. It throws where the operation that it foresees would throw for lack
-// of resources. Not foreseen is what no account can look up: a full disk, and who has a file open
+// of resources. Two things cannot be looked up: a full disk, and a file that somebody has open
 // without a lock.
 
 #ifndef DEVICEID_PLATFORM_FILE_RIGHTS_H_
@@ -41,7 +41,8 @@ struct FileRights {
   // Where there is nothing yet: may a file, or a folder, be made?
   bool may_make_file = false;
   bool may_make_folder = false;
-  // May the name go from its folder? Where there is nothing yet, a file that this account made.
+  // May the name be removed from its folder? Where there is nothing yet, a file that this account
+  // made.
   bool may_remove_name = false;
 
   // Of a link: where it leads, whether the library opens what is there, and whether the system
@@ -83,8 +84,8 @@ OwnRights RightsOfNew();
 bool IsMadeWhenMissing(const std::string& folder);
 bool IsOwnFolder(const std::string& folder);
 
-// The calls that a machine of the tests can make fail, with what it answers then. On a real machine
-// there is no answer.
+// The calls that a scripted machine can make fail, and the answer that it then gives. A real
+// machine has none.
 enum class FileCall { kOpen, kRead, kWrite, kWriteShort, kWriteStream, kDelete, kMakeFolder };
 std::optional<std::uint32_t> ScriptedAnswer(FileCall call, const std::string& path);
 

@@ -1,5 +1,5 @@
-// The texts of paths: as the library builds them, as the system names files, and as people read
-// them.
+// Conversions between the three forms of a path: the library's text, the system's name, and UTF-8
+// for people.
 
 #ifndef DEVICEID_PLATFORM_NATIVE_PATHS_H_
 #define DEVICEID_PLATFORM_NATIVE_PATHS_H_

@@ -40,7 +40,8 @@ bool LoadDeviceId(OSManager& manager, HIDLog& log, std::string& id,
     log.Write("Device id version " + version.ToString() + " is incorrect.", LogLevel::Info);
     return false;
   }
-  // Not before the text is known to be an id, which the user copy may be the last one to hold.
+  // Only once the common text is known to be an id: the user copy may be the last one that holds
+  // it.
   if (source == Source::kCommon) manager.DeleteUserDeviceId(version);
   return source != Source::kNone;
 }

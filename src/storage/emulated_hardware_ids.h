@@ -1,5 +1,4 @@
-// Hardware ids that do not come from the machine, so that a host can play through a change of
-// hardware.
+// Hardware ids that do not come from the machine, so that a host can simulate a change of hardware.
 
 #ifndef DEVICEID_STORAGE_EMULATED_HARDWARE_IDS_H_
 #define DEVICEID_STORAGE_EMULATED_HARDWARE_IDS_H_

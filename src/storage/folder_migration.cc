@@ -28,9 +28,9 @@ void CopyDeviceIdFolder(HIDLog& log, const std::string& old_dir, const std::stri
     return;
   }
   {
-    // The new folder ends the carry-over for good. So whether two files can be open at a time, as
-    // the copy needs it, shows before there is one: an open throws where the process is out of
-    // resources.
+    // Once the new folder exists, nothing is ever carried over again. The copy needs two open
+    // files, and an open throws if the process is out of resources, so this is tried before the
+    // folder is made.
     const InputFile one(old_file);
     const InputFile other(old_file);
   }

@@ -16,8 +16,8 @@ constexpr const char* kFileName = "hid_settings";
 
 constexpr std::uint32_t kMaxHardwareIds = 256;
 
-// The longest string of a 32-bit process. Every build refuses what is longer as that one
-// does.
+// The longest string of a 32-bit process. A 64-bit build refuses longer ones as well, so that all
+// builds treat a record alike.
 constexpr std::uint32_t kMaxStringLength = 0x7ffffffe;
 
 std::string SettingsPath(const std::string& folder) { return folder + PathSeparator() + kFileName; }

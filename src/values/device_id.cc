@@ -9,7 +9,7 @@
 namespace system_info {
 namespace {
 
-// Of an id whose format has one digit on either side of the point, as all that are rewritten.
+// The length of "2-0-". Ids that are rewritten have one digit on either side of the point.
 constexpr std::size_t kPrefixLength = 4;
 
 // The layout of an id: 'd' stands for a decimal digit, 'h' for a hexadecimal digit of either case,

@@ -27,7 +27,7 @@ namespace {
 
 enum class Apartment { kNone, kMultithreaded, kSingleThreaded };
 
-// A look at the hardware that was taken as this thread entered COM.
+// A snapshot of the hardware, taken when this thread entered COM.
 struct Look {
   std::unique_ptr<Hardware> hardware;
   Look* of_outer_entry;

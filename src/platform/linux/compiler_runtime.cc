@@ -1,6 +1,6 @@
-// Parts of the compiler's own libraries and of new versions of glibc, made of what older ones have.
-// They are for the shared library, which takes the compiler's libraries in and runs wherever glibc
-// is 2.34 or newer.
+// Replacements for parts of the compiler's libraries and of newer glibc versions, built on what
+// older versions have. They are for the shared library, which links the compiler's libraries
+// statically and runs with glibc 2.34 or later.
 
 #include <cxxabi.h>
 #include <dlfcn.h>
@@ -30,7 +30,8 @@ __cxa_eh_globals* __cxa_get_globals_fast() noexcept { return &exceptions; }
 
 }  // namespace __cxxabiv1
 
-// The random device cannot tell of a failure of this. glibc's own ends the process as well.
+// std::random_device cannot report a failure of this function. glibc's own ends the process as
+// well.
 extern "C" std::uint32_t arc4random() noexcept {
   std::uint32_t number = 0;
   if (getentropy(&number, sizeof(number)) == 0) return number;

@@ -1,4 +1,5 @@
-// A descriptor of the kernel that is closed with its scope, and calls that signals do not end.
+// A file descriptor that is closed with its scope, and system calls that are restarted after a
+// signal.
 
 #ifndef DEVICEID_PLATFORM_LINUX_DESCRIPTOR_H_
 #define DEVICEID_PLATFORM_LINUX_DESCRIPTOR_H_

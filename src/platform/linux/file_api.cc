@@ -75,9 +75,9 @@ StateFile Open(const std::string& path, Access access, Sharing sharing, Missing 
   return file;
 }
 
-// The old id is deleted before its file is opened to be written, so an exception here would lose
-// it. Other threads may have taken the descriptor that the delete gave back: they are given a while
-// to give one back. After that the library tries the other folder.
+// The old id file is deleted before the new one is opened, so an exception here would lose the id.
+// Another thread may have taken the descriptor that the delete released: wait a moment for one.
+// After that the library tries the other folder.
 StateFile OpenToReplace(const std::string& path) {
   constexpr int kAttempts = 100;
   constexpr useconds_t kPause = 1000;
@@ -115,8 +115,8 @@ BOOL Delete(const std::string& path) {
   return Finish(deleted);
 }
 
-// Out of resources is no exception here: the library makes a folder when it has deleted the old
-// file already, and the open that comes next tells as well.
+// Running out of resources does not throw here: the old file may have been deleted already, and the
+// open that follows reports the same error.
 BOOL CreateFolder(const std::string& path, const void* security) {
   if (security != nullptr) return Fail(ERROR_INVALID_PARAMETER);
   if (FailsByScript(PlatformCall::kCreateDirectory, path)) return 0;

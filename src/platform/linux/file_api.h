@@ -9,8 +9,8 @@
 //  * A file that anyone has open, by _sopen included, cannot be deleted. A lease shows whether any
 //    other process has the file open. The kernel grants none to a process that neither owns the
 //    file nor may lease what others own, and network file systems have none: there a file that only
-//    a user of _sopen has open can be deleted. Who opens a file while it is deleted keeps the
-//    deleted file.
+//    a user of _sopen has open can be deleted. A process that opens the file during the delete
+//    keeps the deleted file open.
 //  * _sopen and CreateFileW do not see each other's share modes.
 //  * File systems without locks share freely.
 //  * What is no regular file, and a link that belongs neither to root nor to this user, cannot be

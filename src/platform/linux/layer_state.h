@@ -27,7 +27,7 @@ LiveCounters& Live();
 // What this thread found as it entered COM. Null outside COM.
 Hardware* HardwareOfThread();
 
-// The failure that the machine wants for `call`, if any.
+// The failure that the machine injects into `call`, if any.
 std::optional<std::uint32_t> ScriptedFailure(PlatformCall call, std::string_view subject = {});
 
 // ASCII as it is, '?' for the rest: enough to tell a failure what it is about.

@@ -17,7 +17,7 @@ namespace system_info {
 namespace {
 
 // The variable that named the folder in this thread's last call of FindUserRoot, or null. Only a
-// pointer: the storage for threads that a library may use is short.
+// pointer: a library has little thread-local storage.
 thread_local const char* naming_variable = nullptr;
 
 bool IsBelow(std::string_view path, std::string_view folder) {

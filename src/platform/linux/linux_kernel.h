@@ -1,4 +1,4 @@
-// What the kernel tells only in answer to a call, and not below any folder.
+// What the kernel tells by system calls only, not in any file.
 
 #ifndef DEVICEID_PLATFORM_LINUX_LINUX_KERNEL_H_
 #define DEVICEID_PLATFORM_LINUX_LINUX_KERNEL_H_

@@ -1,9 +1,9 @@
 // The real computer: what the kernel and the system's files tell of it.
 //
 // Everything is read below a root folder, so that a made-up tree can stand for a computer. A value
-// that cannot be read, is empty, is all zeros where it is a UUID, or is drawn anew at each boot, is
-// null. Serial numbers that only root may read are null for everybody else. Drive C: stands for the
-// file system at "/".
+// that cannot be read, is empty, is all zeros where it is a UUID, or is new at each boot, is null.
+// Serial numbers that only root may read are null for everybody else. Drive C: stands for the file
+// system at "/".
 
 #ifndef DEVICEID_PLATFORM_LINUX_LINUX_MACHINE_H_
 #define DEVICEID_PLATFORM_LINUX_LINUX_MACHINE_H_

@@ -75,7 +75,7 @@ struct OriginFolders {
   Descriptor all;
 };
 
-// True unless the kernel drew the address at random or does not tell.
+// True unless the kernel generated the address at random or does not tell.
 bool AddressInUseStays(const std::string& name, const OriginFolders& folders) {
   const std::string file = name + "/addr_assign_type";
   auto origin = ReadNumber(file, folders.without_device.get());

@@ -29,9 +29,9 @@ struct LinuxInterface {
 // All interfaces with a six-byte address that stays, loopback left out, by index.
 //
 // The address is the permanent one of an interface that has such, whatever address it uses now.
-// That of any other interface is the one in use, unless the kernel drew it at random. Devices and
-// origins of addresses stand below `root`, and so do the interfaces where the kernel does not list
-// them for this process.
+// That of any other interface is the one in use, unless the kernel generated it at random. Devices
+// and origins of addresses stand below `root`, and so do the interfaces where the kernel does not
+// list them for this process.
 std::vector<LinuxInterface> ListInterfaces(const std::string& root, const KernelAnswers& kernel);
 
 }  // namespace system_info

@@ -89,7 +89,7 @@ std::optional<std::string> UuidOfDevice(const std::string& root, const Mount& mo
 std::optional<std::string> RootVolume(const std::string& root, const LinuxMounts& mounts,
                                       const FileSystem& at_root) {
   const Mount* mount = mounts.Holding("/");
-  // An overlay has no file system of its own; the kernel draws it a UUID as it is mounted.
+  // An overlay has no file system of its own; the kernel gives it a random UUID at each mount.
   const bool is_overlay =
       at_root.type == OVERLAYFS_SUPER_MAGIC || (mount != nullptr && mount->type == "overlay");
   if (is_overlay || mounts.IsVolatile("/")) return std::nullopt;

@@ -1,5 +1,5 @@
-// The one rule for a process or a system that has run out of descriptors, memory or locks: what
-// cannot be read now is not what is not there.
+// The one rule for a process or a system that has run out of descriptors, memory or locks: a value
+// that cannot be read now must not count as missing.
 //
 // Windows never fails in that way where the library asks for a file or a value, so no failure code
 // of the platform door says it. A call that meets such an error ends by an exception: the host can

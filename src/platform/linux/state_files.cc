@@ -201,7 +201,7 @@ int MakeFolder(const std::string& path) {
 
 StateFile::~StateFile() {
   if (!valid()) return;
-  // A child that was forked meanwhile has the open file, too, and must not go on with the lock.
+  // A child process that was forked meanwhile shares the open file and must not keep the lock.
   const int error = errno;
   Lock(descriptor_.get(), F_UNLCK);
   errno = error;

@@ -10,7 +10,7 @@
 
 namespace {
 
-// A value that is hard to foretell, from calls that neither block nor fail.
+// A value that is hard to predict, from calls that neither block nor fail.
 std::uintptr_t MakeGuard() {
   FILETIME now;
   LARGE_INTEGER count;
