@@ -23,8 +23,8 @@ install(DIRECTORY examples TYPE DOC PATTERN CMakeLists.txt EXCLUDE)
 
 # find_package(deviceid) gives deviceid::deviceid.
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/deviceid)
-# The file of the targets includes whatever has its name for a beginning, and the version's has that of
-# the package.
+# deviceid-targets.cmake includes every file deviceid-targets-*.cmake beside it. The version file's name
+# begins with that of the package instead.
 install(EXPORT deviceid-targets NAMESPACE deviceid:: DESTINATION ${package_folder})
 file(CONFIGURE OUTPUT deviceid-config.cmake
      CONTENT "include(\${CMAKE_CURRENT_LIST_DIR}/deviceid-targets.cmake)\n" @ONLY)

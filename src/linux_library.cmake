@@ -10,8 +10,8 @@ set_target_properties(deviceid PROPERTIES VERSION ${PROJECT_VERSION}
 target_link_options(deviceid PRIVATE
   -Wl,--version-script=${CMAKE_CURRENT_BINARY_DIR}/exports.map,--gc-sections,--as-needed,-O1)
 
-# The variables of threads lie where no function of the dynamic linker has to look for them, and no
-# search for leaks meets those of a library that is gone.
+# With the initial-exec model, thread-local variables need no call of the dynamic linker, and LeakSanitizer
+# does not look at those of an unloaded library.
 foreach(target deviceid deviceid_objects)
   target_compile_options(${target} PRIVATE -ftls-model=initial-exec)
 endforeach()

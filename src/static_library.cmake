@@ -6,8 +6,8 @@ if(WIN32)
   return()
 endif()
 
-# The program may have functions of its own that are called like those of the imitated Windows, or bring
-# another version of a template. So all objects become one, which shows what hosts may call alone.
+# The program may have functions with the names of our Windows layer, or other versions of a template. So
+# all objects are linked into one that exports the five functions alone.
 list(JOIN exports "\n" exports)
 file(CONFIGURE OUTPUT exports.txt CONTENT "${exports}\n" @ONLY)
 set(single ${CMAKE_CURRENT_BINARY_DIR}/deviceid.o)

@@ -1,8 +1,6 @@
-// What the clock of this thread is ahead of the system's, so that a call can be played as it would
-// go later.
+// How far the clock of this thread runs ahead of the system's, for dry runs of later calls.
 //
-// As with a file overlay, the shared library is compiled without the places at which it is asked
-// for.
+// Like the file overlay, it is compiled out of the shared library.
 
 #ifndef DEVICEID_SUPPORT_CLOCK_SHIFT_H_
 #define DEVICEID_SUPPORT_CLOCK_SHIFT_H_

@@ -1,8 +1,8 @@
-// What can take the place of the operating system under the file operations, so that the library's
-// own code can be played without leaving a trace.
+// A replacement for the operating system under the file operations, for dry runs of the library's
+// own code.
 //
-// Only the program for people has overlays: the shared library is compiled without the places at
-// which one is asked for. An overlay belongs to the thread that set it.
+// Only the program has overlays; they are compiled out of the shared library. An overlay applies to
+// the thread that set it.
 
 #ifndef DEVICEID_SUPPORT_FILE_OVERLAY_H_
 #define DEVICEID_SUPPORT_FILE_OVERLAY_H_
