@@ -24,36 +24,6 @@ constexpr const char* kYellow = "\x1b[1;33m";
 constexpr const char* kRed = "\x1b[1;31m";
 constexpr const char* kPlain = "\x1b[0m";
 
-// By verdict and status: an id that is made anew may stay.
-std::string Label(const Explanation& explanation) {
-  switch (explanation.verdict) {
-    case Verdict::kSame:
-    case Verdict::kForgiven:
-    case Verdict::kNotCompared:
-    case Verdict::kStored:
-      return "KEPT";
-    case Verdict::kNewMachine:
-      return "NEW";
-    case Verdict::kMadeAnew:
-      return explanation.status == 0 ? "KEPT" : "CHANGES";
-    case Verdict::kWillChange:
-      return "WILL CHANGE";
-    case Verdict::kChangesNow:
-      return "CHANGES";
-    case Verdict::kCannotCompare:
-      return explanation.status == 20 ? "NO ID" : "AT RISK";
-    case Verdict::kNoId:
-      return "NO ID";
-    case Verdict::kFailed:
-      return "FAILED";
-    case Verdict::kFromHardware:
-      return "FROM HARDWARE";
-    case Verdict::kUndecided:
-      break;
-  }
-  return "UNDECIDED";
-}
-
 std::string Coloured(const std::string& text, const char* colour, bool wanted) {
   return wanted ? colour + text + kPlain : text;
 }
@@ -218,8 +188,37 @@ std::string Quoted(const std::optional<std::string>& text) {
 
 }  // namespace
 
+std::string LabelOf(Verdict verdict, int status) {
+  switch (verdict) {
+    case Verdict::kSame:
+    case Verdict::kForgiven:
+    case Verdict::kNotCompared:
+    case Verdict::kStored:
+      return "KEPT";
+    case Verdict::kNewMachine:
+      return "NEW";
+    case Verdict::kMadeAnew:
+      return status == 0 ? "KEPT" : "CHANGES";
+    case Verdict::kWillChange:
+      return "WILL CHANGE";
+    case Verdict::kChangesNow:
+      return "CHANGES";
+    case Verdict::kCannotCompare:
+      return status == 20 ? "NO ID" : "AT RISK";
+    case Verdict::kNoId:
+      return "NO ID";
+    case Verdict::kFailed:
+      return "FAILED";
+    case Verdict::kFromHardware:
+      return "FROM HARDWARE";
+    case Verdict::kUndecided:
+      break;
+  }
+  return "UNDECIDED";
+}
+
 std::string ToText(const Explanation& explanation, const TextStyle& style) {
-  const std::string label = Label(explanation);
+  const std::string label = LabelOf(explanation.verdict, explanation.status);
   std::string text = Coloured(label, ColourOf(explanation.status), style.colour);
   const std::size_t column = label.size() + kGap;
   std::string start(kGap, ' ');

@@ -393,28 +393,6 @@ constexpr Rule kRules[] = {
     {"<> is not supported with version <>", &Reader::Refuse},
 };
 
-// What stands in `message` for each "<>" of `text`, or nothing if it is another text. All but the
-// last one are as short as can be.
-std::optional<Captures> Match(std::string_view text, std::string_view message) {
-  Captures found;
-  std::size_t gap = text.find("<>");
-  if (gap == std::string_view::npos) return text == message ? std::optional(found) : std::nullopt;
-  if (!message.starts_with(text.substr(0, gap))) return std::nullopt;
-  message.remove_prefix(gap);
-  while (true) {
-    text.remove_prefix(gap + 2);
-    gap = text.find("<>");
-    if (gap == std::string_view::npos) break;
-    const std::size_t end = message.find(text.substr(0, gap));
-    if (end == std::string_view::npos) return std::nullopt;
-    found.emplace_back(message.substr(0, end));
-    message.remove_prefix(end + gap);
-  }
-  if (!message.ends_with(text)) return std::nullopt;
-  found.emplace_back(message.substr(0, message.size() - text.size()));
-  return found;
-}
-
 // True if the last of `entries` ends where its line does.
 bool IsWhole(std::string_view log, const std::vector<LogEntry>& entries) {
   const auto lines = ParseLog(log.substr(0, log.rfind('\n') + 1));
@@ -454,7 +432,7 @@ LogFacts ReadLogFacts(std::string_view log) {
     reader.last = &entry == &entries.back();
     reader.is_error = entry.level == "Error";
     for (const Rule& rule : kRules) {
-      const auto found = Match(rule.text, entry.message);
+      const auto found = MatchLogText(rule.text, entry.message);
       if (!found) continue;
       // What varies in a line may go on where the log was cut.
       if (!reader.last || last_is_whole || found->empty()) (reader.*rule.tell)(*found);
@@ -464,6 +442,27 @@ LogFacts ReadLogFacts(std::string_view log) {
   LogFacts facts = reader.Finish();
   facts.ends_in_line = log.empty() || log.ends_with('\n');
   return facts;
+}
+
+std::optional<std::vector<std::string>> MatchLogText(std::string_view text,
+                                                     std::string_view message) {
+  Captures found;
+  std::size_t gap = text.find("<>");
+  if (gap == std::string_view::npos) return text == message ? std::optional(found) : std::nullopt;
+  if (!message.starts_with(text.substr(0, gap))) return std::nullopt;
+  message.remove_prefix(gap);
+  while (true) {
+    text.remove_prefix(gap + 2);
+    gap = text.find("<>");
+    if (gap == std::string_view::npos) break;
+    const std::size_t end = message.find(text.substr(0, gap));
+    if (end == std::string_view::npos) return std::nullopt;
+    found.emplace_back(message.substr(0, end));
+    message.remove_prefix(end + gap);
+  }
+  if (!message.ends_with(text)) return std::nullopt;
+  found.emplace_back(message.substr(0, message.size() - text.size()));
+  return found;
 }
 
 std::vector<std::string> KnownLogTexts() {

@@ -121,6 +121,11 @@ struct LogFacts {
 // Reads one call. `log` is a whole log or one that was cut at its end; see RestoreLog.
 LogFacts ReadLogFacts(std::string_view log);
 
+// What stands in `message` for each "<>" of `text`, or nothing if it is another text. All but the
+// last one are as short as can be.
+std::optional<std::vector<std::string>> MatchLogText(std::string_view text,
+                                                     std::string_view message);
+
 // Each text of docs/log.md that the reader looks for, with "<>" for what varies.
 std::vector<std::string> KnownLogTexts();
 
