@@ -235,4 +235,5 @@ def main():
     sys.exit(bool(faults))
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Joins the pieces of explain.html.
 
-  make_page.py ENGINE OUTPUT
+  make_page.py VERSION ENGINE OUTPUT
 
 ENGINE is the program's code as WebAssembly. The page takes the meaning of each line from docs/log.md
 and the picture from docs/decision.svg. It may load nothing, and run no other script than its own.
 """
 import base64
 import hashlib
+import html
 import json
 import pathlib
 import re
@@ -19,8 +20,7 @@ DOCS = HERE.parent.parent / "docs"
 
 def inline(markdown):
     """HTML of a cell: the marks that docs/log.md uses in one."""
-    text = markdown.replace("&", "&amp;").replace("<", "&lt;").replace("\\|", "|")
-    return re.sub("`(.*?)`", r"<code>\1</code>", text)
+    return re.sub("`(.*?)`", r"<code>\1</code>", html.escape(markdown.replace("\\|", "|")))
 
 
 def log_rows():
@@ -43,20 +43,27 @@ def data(value):
     return json.dumps(value, separators=(",", ":")).replace("<", "\\u003c")
 
 
+def digest(text):
+    return base64.b64encode(hashlib.sha256(text.encode()).digest()).decode()
+
+
 def main():
-    engine, output = map(pathlib.Path, sys.argv[1:])
-    script = (HERE / "page.js").read_text()
+    version, engine, output = sys.argv[1:]
+    script, style = ((HERE / name).read_text() for name in ("page.js", "page.css"))
     picture = (DOCS / "decision.svg").read_text()
     pieces = {
+        "VERSION": version,
         "SCRIPT": script,
-        "SCRIPT_DIGEST": base64.b64encode(hashlib.sha256(script.encode()).digest()).decode(),
-        "STYLE": (HERE / "page.css").read_text(),
+        "SCRIPT_DIGEST": digest(script),
+        "STYLE": style,
+        "STYLE_DIGEST": digest(style),
+        "EXAMPLE": html.escape((HERE / "example.log").read_text()),
         "ROWS": data(log_rows()),
         "PICTURE": picture[picture.index("<svg"):],
-        "ENGINE": base64.b64encode(engine.read_bytes()).decode(),
+        "ENGINE": base64.b64encode(pathlib.Path(engine).read_bytes()).decode(),
     }
     page = re.sub("@([A-Z_]+)@", lambda name: pieces[name[1]], (HERE / "page.html").read_text())
-    output.write_text(page)
+    pathlib.Path(output).write_text(page)
 
 
 main()

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "identity/hardware_id_matching.h"
@@ -97,11 +98,15 @@ Json Entries(std::string_view log) {
   return entries;
 }
 
-std::string Told(const Explanation& explanation, const std::string& way, const Json& entries) {
-  const Json label = system_info::LabelOf(explanation.verdict, explanation.status);
-  return R"({"label":)" + label.dump() + R"(,"status":)" + std::to_string(explanation.status) +
-         R"(,"way":")" + way + R"(","entries":)" + entries.dump() + R"(,"explanation":)" +
-         ToJson(explanation) + "}";
+// The explanation with what its JSON leaves to the reader, and with the details of its source.
+std::string Told(const Explanation& explanation, const std::string& way, const char* name,
+                 const Json& details) {
+  Json told;
+  told["label"] = system_info::LabelOf(explanation.verdict, explanation.status);
+  told["status"] = explanation.status;
+  told["way"] = way;
+  told[name] = details;
+  return R"({"explanation":)" + ToJson(explanation) + "," + told.dump().substr(1);
 }
 
 Verdict VerdictOf(const Json& explained) {
@@ -252,6 +257,22 @@ Explanation Compare(const PlayedMachine& machine) {
   return explanation;
 }
 
+// Both lists, place by place, as they are compared.
+Json Places(const PlayedMachine& machine) {
+  Json places = Json::array();
+  for (std::size_t i = 0; i < machine.stored.size(); ++i) {
+    const bool there = i < machine.present.size();
+    int matches = 0;
+    if (there) {
+      system_info::MatchHardwareIds({machine.stored[i]}, {machine.present[i].text}, matches);
+    }
+    places.push_back({{"stored", machine.stored[i]},
+                      {"present", there ? Json(machine.present[i].text) : Json(nullptr)},
+                      {"agrees", there ? Json(matches == 1) : Json(nullptr)}});
+  }
+  return places;
+}
+
 }  // namespace
 }  // namespace deviceid
 
@@ -278,10 +299,11 @@ const char* ExplainSavedLog() {
   const std::string log = system_info::RestoreLog(deviceid::input);
   const system_info::LogFacts facts = system_info::ReadLogFacts(log);
   return deviceid::Answer(deviceid::Told(system_info::ExplainLog(deviceid::input),
-                                         deviceid::WayOf(facts), deviceid::Entries(log)));
+                                         deviceid::WayOf(facts), "entries",
+                                         deviceid::Entries(log)));
 }
 
-// Says what an explanation in JSON leaves to its reader: label, status and way.
+// Says what an explanation in JSON leaves to its reader.
 const char* ReadExplanation() {
   using deviceid::Json;
   const Json explained = Json::parse(deviceid::input, nullptr, false);
@@ -302,12 +324,9 @@ const char* PlayChanges(int volume, int product, int board, int network) {
   for (const int change : {volume, product, board, network}) {
     changes.push_back(static_cast<deviceid::Change>(change));
   }
-  const system_info::Explanation explanation = deviceid::Compare(deviceid::MakeMachine(changes));
-  const bool kept = explanation.status == 0;
-  const auto end =
-      kept ? system_info::CallEnd::kHardwareMatches : system_info::CallEnd::kHardwareHasChanged;
+  const deviceid::PlayedMachine machine = deviceid::MakeMachine(changes);
   return deviceid::Answer(
-      deviceid::Told(explanation, deviceid::WayTo(end, false), deviceid::Json::array()));
+      deviceid::Told(deviceid::Compare(machine), {}, "places", deviceid::Places(machine)));
 }
 
 }  // extern "C"
