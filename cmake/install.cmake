@@ -20,6 +20,13 @@ install(FILES include/deviceid.h TYPE INCLUDE)
 install(FILES CHANGELOG.md TYPE DOC)
 install(DIRECTORY docs/ TYPE DOC PATTERN *.1 EXCLUDE)
 install(DIRECTORY examples TYPE DOC PATTERN CMakeLists.txt EXCLUDE)
+# The native build makes the page for all systems.
+set(DEVICEID_PAGE "" CACHE FILEPATH "A finished explain.html, for builds that make none")
+if(TARGET deviceid_page)
+  install(FILES ${PROJECT_BINARY_DIR}/explain.html TYPE DOC)
+elseif(DEVICEID_PAGE)
+  install(FILES ${DEVICEID_PAGE} TYPE DOC)
+endif()
 
 # find_package(deviceid) gives deviceid::deviceid.
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/deviceid)

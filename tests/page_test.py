@@ -4,6 +4,7 @@ each call of the stories what the program tells, knows each of their lines, reac
 can be used by keyboard. With --pictures it also leaves pictures of itself."""
 import base64
 import json
+import os
 import pathlib
 import socket
 import subprocess
@@ -59,7 +60,7 @@ def explained(program, log):
 
 def browser(page, profile):
     options = webdriver.ChromeOptions()
-    for option in ("headless=new", "no-sandbox", "disable-gpu", "disable-dev-shm-usage",
+    for option in ("headless=new", "no-sandbox", "disable-gpu", "disable-dev-shm-usage", "hide-scrollbars",
                    "window-size=1280,1000", f"user-data-dir={profile}"):
         options.add_argument("--" + option)
     options.set_capability("goog:loggingPrefs", {"performance": "ALL", "browser": "ALL"})
@@ -109,8 +110,8 @@ def check_cases(driver):
         seen = driver.execute_script(
             "showAll(utf8.encode(arguments[0]));"
             "return find('trouble').hidden ? [...document.querySelectorAll("
-            "'#reports .label, .sentence, #reports .end b, #reports .end')].map("
-            "(e) => e.textContent.split(' record ')[0].split(' replaces ')[0]).join(' ')"
+            "'#reports .label, #reports .sentence, .end')].map((e) => e.className === 'end' ?"
+            "e.textContent.split(',')[0] : e.textContent).join(' ')"
             " : find('trouble').textContent;", text)
         expect(f"a case of {text[:40]!r}", seen[:len(wanted)], wanted)
 
@@ -152,7 +153,9 @@ def check_network(driver, page):
     expect("whether the page reaches an address", reached, False)
     for entry in driver.get_log("performance"):
         event = json.loads(entry["message"])["message"]
-        if event["method"] == "Network.requestWillBeSent":
+        # The browser has pages of its own, which make requests, too.
+        if (event["method"] == "Network.requestWillBeSent"
+                and event["params"]["documentURL"] == page.as_uri()):
             url = event["params"]["request"]["url"]
             if url not in (page.as_uri(), address) and not url.startswith("data:"):
                 faults.append(f"a request to {url}")
@@ -185,6 +188,7 @@ def take_pictures(driver, folder):
 def main():
     page, program, player = map(pathlib.Path, sys.argv[1:4])
     with tempfile.TemporaryDirectory() as profile:
+        os.environ["HOME"] = profile
         driver = browser(page.resolve(), profile)
         try:
             check_logs(driver, program, player)

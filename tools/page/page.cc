@@ -257,18 +257,24 @@ Explanation Compare(const PlayedMachine& machine) {
   return explanation;
 }
 
+Json Place(PartName name, const std::string& text) {
+  return {{"name", TextOf(name)}, {"text", text}};
+}
+
 // Both lists, place by place, as they are compared.
 Json Places(const PlayedMachine& machine) {
   Json places = Json::array();
   for (std::size_t i = 0; i < machine.stored.size(); ++i) {
-    const bool there = i < machine.present.size();
-    int matches = 0;
-    if (there) {
-      system_info::MatchHardwareIds({machine.stored[i]}, {machine.present[i].text}, matches);
+    const std::string& stored = machine.stored[i];
+    Json place = {{"stored", Place(kPlayedParts[i].name, stored)}};
+    if (i < machine.present.size()) {
+      const auto& [name, text] = machine.present[i];
+      int matches = 0;
+      system_info::MatchHardwareIds({stored}, {text}, matches);
+      place["present"] = Place(name, text);
+      place["agrees"] = matches == 1;
     }
-    places.push_back({{"stored", machine.stored[i]},
-                      {"present", there ? Json(machine.present[i].text) : Json(nullptr)},
-                      {"agrees", there ? Json(matches == 1) : Json(nullptr)}});
+    places.push_back(place);
   }
   return places;
 }

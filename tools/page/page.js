@@ -133,22 +133,23 @@ function showParts(parts) {
 
 const day = (date) => date?.replace("T", " ").replace(/:\d\dZ/, " UTC") ?? "unknown";
 
-function outcome(call) {
+function outcome(call, quote) {
   if (call.random) return "a random id";
-  return call.id ?? `no id, but result ${call.result}`;
+  return call.id ? quote(call.id) : `no id, but result ${call.result}`;
 }
 
 function showFacts({id, record, next, recheck, agree, compared, needed, changes_left: left}, about) {
   const facts = [];
-  const tell = (name, text) => facts.push(make("dt", {}, name), make("dd", {}, make("bdi", {}, text)));
-  if (id) tell(about === "the log" ? "id of the call" : "stored id", id);
+  const tell = (name, text) => facts.push(make("dt", {}, name), make("dd", {}, text));
+  const quote = (text) => make("bdi", {class: "value"}, text);
+  if (id) tell(about === "the log" ? "id of the call" : "stored id", quote(id));
   if (record) tell("record of", `${day(record.date)}, in ${record.path || "this folder"}`);
   if (record) tell("compared from", day(record.compared_from));
-  if (next) tell("next call", outcome(next));
-  if (recheck) tell("a recheck", outcome(recheck));
+  if (next) tell("next call", outcome(next, quote));
+  if (recheck) tell("a recheck", outcome(recheck, quote));
   if (typeof compared === "number") {
     tell("comparison", `${agree} of ${compared} agree, ${needed} have to; ` +
-        (left === 1 ? "one more change is forgiven" : `${left || "no"} more changes are forgiven`));
+        (left > 1 ? `${left} more changes are forgiven` : `${left ? "one" : "no"} more change is forgiven`));
   }
   return facts.length ? make("dl", {class: "facts"}, facts) : null;
 }
@@ -175,18 +176,19 @@ function showWay(way, about) {
     groups.set(group.id, group);
     group.removeAttribute("id");  // A case file has two pictures.
   }
-  const words = (group) => [...group?.querySelectorAll("text") ?? []].map(
-      (text) => text.textContent.trim()).join(" ");
+  const words = (group, between) => [...group?.querySelectorAll("text") ?? []].map(
+      (text) => text.textContent.trim()).join(between);
   const nodes = way.split(" ");
   const steps = nodes.map((node, place) => {
     const edge = groups.get(`way-${node}-${nodes[place + 1]}`);
     const group = groups.get(`way-${node}`);
     for (const lit of [group, edge]) lit?.classList.add("lit");
     const end = !group.classList.contains("question");
-    return make("li", {class: end ? "end" : null}, words(group),
+    return make("li", {class: end ? "end" : null}, words(group, end ? ", " : " "),
                 edge ? [" ", make("b", {}, words(edge))] : null);
   });
-  const title = about === "the log" ? "The way of this call" : "The way of the next comparison";
+  const next = nodes.includes("known") ? "next comparison" : "next call";
+  const title = about === "the log" ? "The way of this call" : `The way of the ${next}`;
   picture.setAttribute("role", "img");
   picture.setAttribute("aria-label", `${title}, which the list below tells in words`);
   return make("section", {class: "card way"}, make("h2", {}, title),
@@ -253,7 +255,7 @@ function showReport(told, several) {
   const {explanation, about} = told;
   return make("article", {},
       several ? make("h2", {}, about === "the log" ? "What the call of the log did"
-                                                   : "What the machine says") : null,
+                                                   : "The machine, as the report found it") : null,
       make("section", {class: "card"}, showVerdict(told), showFacts(explanation, about),
            showParts(explanation.parts), showNotes(explanation.warnings),
            showDifferences(explanation.against)),
@@ -372,17 +374,18 @@ function showSwitches() {
 
 // Both lists as they are compared: place by place.
 function showPlaces(places) {
+  const value = (part) => part ? [make("small", {}, part.name), part.text] : "–";
   const line = (title, key) => make("tr", {}, make("th", {scope: "row"}, title),
-      places.map((place) => make("td", {class: place[key] === null ? "none" : null},
-                                 make("span", {class: "value"}, place[key] ?? "–"))));
-  return make("div", {class: "scroll"}, make("table", {class: "places"},
+      places.map((place) => make("td", {class: place[key] ? null : "none"},
+                                 make("span", {class: "value"}, value(place[key])))));
+  const mark = ({agrees}) => agrees === undefined ? make("td", {}, "not compared") :
+      make("td", {class: agrees ? "yes" : "no"}, agrees ? "✓ yes" : "✗ no");
+  return make("table", {class: "places"},
       make("thead", {}, make("tr", {}, make("th", {}, "place"),
           places.map((_, number) => make("th", {scope: "col"}, number + 1)))),
       make("tbody", {}, line("record", "stored"),
-           make("tr", {class: "marks"}, make("th", {scope: "row"}, "agree"),
-               places.map(({agrees}) => make("td", {class: agrees ? "yes" : "no"},
-                   {true: "✓ yes", false: "✗ no"}[agrees] ?? "not compared"))),
-           line("now", "present"))));
+           make("tr", {class: "marks"}, make("th", {scope: "row"}, "agree"), places.map(mark)),
+           line("now", "present")));
 }
 
 function showPlayed() {

@@ -34,11 +34,14 @@ readonly windows_packages=(
 # What the tests need beside those.
 readonly test_packages=(
     python3 python3-jsonschema python3-pefile clang clang-format clang-tidy
-    lld mono-mcs mono-runtime libjna-java unzip pkg-config
+    chromium chromium-driver python3-selenium lld mono-mcs mono-runtime libjna-java unzip pkg-config
 )
 
 # What makes the archives.
-readonly package_packages=(g++-mingw-w64-x86-64 dpkg-dev file python3 git)
+readonly package_packages=(
+    g++-mingw-w64-x86-64 dpkg-dev file python3 git
+    clang lld wasi-libc libc++-14-dev-wasm32 libc++abi-14-dev-wasm32 libclang-rt-14-dev-wasm32
+)
 
 # build_preset NAME [TARGET...]: configures and builds one preset.
 build_preset() {
