@@ -53,7 +53,7 @@ std::string WayTo(CallEnd end, bool random) {
 }
 
 std::string WayOf(const LogFacts& facts) {
-  const std::string way = facts.end ? WayTo(*facts.end, facts.random) : std::string();
+  std::string way = facts.end ? WayTo(*facts.end, facts.random) : std::string();
   if (!way.empty()) return way;
   if (facts.counts) return "files known usable list compare";
   const auto situation = system_info::SituationOf(facts);

@@ -33,7 +33,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 using system_info::CallEnd;
 using system_info::Explanation;
-using system_info::LogEntry;
 using system_info::NamedValue;
 using system_info::PartName;
 using system_info::Verdict;
@@ -58,7 +57,8 @@ std::vector<LogRow> log_rows;
 LogRow MakeRow(std::string_view line) {
   const std::size_t tab = line.find('\t');
   std::string_view rest = line.substr(tab + 1);
-  LogRow row = {std::string(line.substr(0, tab)), {}, rest.find("<reader>") != rest.npos};
+  LogRow row = {
+      std::string(line.substr(0, tab)), {}, rest.find("<reader>") != std::string_view::npos};
   while (!rest.empty()) {
     const std::size_t open = std::min(rest.find('<'), rest.size());
     row.text += rest.substr(0, open);
@@ -82,7 +82,7 @@ std::optional<std::size_t> FindRow(const std::string& level, std::string_view me
   }
   // The lists of adapters go on behind their first line.
   const std::size_t line_end = message.find('\n');
-  if (line_end == message.npos) return std::nullopt;
+  if (line_end == std::string_view::npos) return std::nullopt;
   return FindRow(level, message.substr(0, line_end));
 }
 
