@@ -114,6 +114,12 @@ function showVerdict(told) {
       advice ? make("p", {class: "advice"}, make("b", {}, "What to do "), advice) : null);
 }
 
+// For those who do not see the page. A whole report would be too much to listen to.
+function say(...reports) {
+  find("said").textContent =
+      reports.map(({label, explanation}) => `${label}. ${explanation.sentence}`).join(" ");
+}
+
 function showParts(parts) {
   if (!parts?.length) return null;
   const columns = [["stored", "when stored"], ["present", "now"]].filter(
@@ -271,6 +277,7 @@ function showAll(bytes, source) {
   try {
     const {reports, data} = explain(bytes);
     find("reports").append(...reports.map((told) => showReport(told, reports.length > 1)));
+    say(...reports);
     if (!data || reports.length + Object.keys(data).length < 4) return;
     find("reports").append(make("details", {class: "card"},
         make("summary", {}, "All that is in this file"),
@@ -392,6 +399,7 @@ function showPlayed() {
   const told = compare(partNames.map((_, part) =>
       Number(document.querySelector(`[name=part-${part}]:checked`).value)));
   const {explanation} = told;
+  say(told);
   const moved = explanation.parts.some(({state}) => state === "moved");
   find("played").replaceChildren(make("section", {class: "card"},
       showVerdict(told), showPlaces(told.places),
