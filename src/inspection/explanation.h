@@ -69,6 +69,9 @@ enum class Verdict {
 // "same", "forgiven" and so on; null for kUndecided.
 const char* TextOf(Verdict verdict);
 
+// In a word or two: "KEPT". The status counts too: an id that is made anew may stay.
+const char* LabelOf(Verdict verdict, int status);
+
 enum class Situation { kKnownMachine, kIdWithoutRecord, kNewMachine, kRecordWithoutId };
 
 // "known-machine" and so on.

@@ -188,35 +188,6 @@ std::string Quoted(const std::optional<std::string>& text) {
 
 }  // namespace
 
-std::string LabelOf(Verdict verdict, int status) {
-  switch (verdict) {
-    case Verdict::kSame:
-    case Verdict::kForgiven:
-    case Verdict::kNotCompared:
-    case Verdict::kStored:
-      return "KEPT";
-    case Verdict::kNewMachine:
-      return "NEW";
-    case Verdict::kMadeAnew:
-      return status == 0 ? "KEPT" : "CHANGES";
-    case Verdict::kWillChange:
-      return "WILL CHANGE";
-    case Verdict::kChangesNow:
-      return "CHANGES";
-    case Verdict::kCannotCompare:
-      return status == 20 ? "NO ID" : "AT RISK";
-    case Verdict::kNoId:
-      return "NO ID";
-    case Verdict::kFailed:
-      return "FAILED";
-    case Verdict::kFromHardware:
-      return "FROM HARDWARE";
-    case Verdict::kUndecided:
-      break;
-  }
-  return "UNDECIDED";
-}
-
 std::string ToText(const Explanation& explanation, const TextStyle& style) {
   const std::string label = LabelOf(explanation.verdict, explanation.status);
   std::string text = Coloured(label, ColourOf(explanation.status), style.colour);

@@ -17,9 +17,6 @@ struct TextStyle {
   std::function<std::string(std::int64_t)> date;
 };
 
-// The verdict in a word or two: "KEPT". The status counts too: an id that is made anew may stay.
-std::string LabelOf(Verdict verdict, int status);
-
 // Lines of UTF-8, the last one with its line end.
 std::string ToText(const Explanation& explanation, const TextStyle& style);
 

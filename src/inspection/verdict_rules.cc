@@ -412,6 +412,35 @@ const char* TextOf(Verdict verdict) {
   return kTexts[static_cast<std::size_t>(verdict)];
 }
 
+const char* LabelOf(Verdict verdict, int status) {
+  switch (verdict) {
+    case Verdict::kSame:
+    case Verdict::kForgiven:
+    case Verdict::kNotCompared:
+    case Verdict::kStored:
+      return "KEPT";
+    case Verdict::kNewMachine:
+      return "NEW";
+    case Verdict::kMadeAnew:
+      return status == 0 ? "KEPT" : "CHANGES";
+    case Verdict::kWillChange:
+      return "WILL CHANGE";
+    case Verdict::kChangesNow:
+      return "CHANGES";
+    case Verdict::kCannotCompare:
+      return status == 20 ? "NO ID" : "AT RISK";
+    case Verdict::kNoId:
+      return "NO ID";
+    case Verdict::kFailed:
+      return "FAILED";
+    case Verdict::kFromHardware:
+      return "FROM HARDWARE";
+    case Verdict::kUndecided:
+      break;
+  }
+  return "UNDECIDED";
+}
+
 const char* TextOf(Situation situation) {
   constexpr std::array<const char*, 4> kTexts = {"known-machine", "id-without-record",
                                                  "new-machine", "record-without-id"};

@@ -16,14 +16,13 @@
 #include "inspection/explained_facts.h"
 #include "inspection/explanation.h"
 #include "inspection/explanation_json.h"
-#include "inspection/explanation_text.h"
 #include "inspection/hardware_parts.h"
 #include "inspection/log_entries.h"
 #include "inspection/log_facts.h"
 #include "inspection/saved_log.h"
 #include "inspection/shown_text.h"
 #include "inspection/verdict_rules.h"
-#include "tools/page/decision_way.h"
+#include "tools/page/decision_path.h"
 #include "values/device_id.h"
 #include "values/format_version.h"
 
@@ -99,12 +98,12 @@ Json Entries(std::string_view log) {
 }
 
 // The explanation with what its JSON leaves to the reader, and with the details of its source.
-std::string Told(const Explanation& explanation, const std::string& way, const char* name,
+std::string Told(const Explanation& explanation, const std::string& path, const char* name,
                  const Json& details) {
   Json told;
   told["label"] = system_info::LabelOf(explanation.verdict, explanation.status);
   told["status"] = explanation.status;
-  told["way"] = way;
+  told["path"] = path;
   told[name] = details;
   return R"({"explanation":)" + ToJson(explanation) + "," + told.dump().substr(1);
 }
@@ -305,7 +304,7 @@ const char* ExplainSavedLog() {
   const std::string log = system_info::RestoreLog(deviceid::input);
   const system_info::LogFacts facts = system_info::ReadLogFacts(log);
   return deviceid::Answer(deviceid::Told(system_info::ExplainLog(deviceid::input),
-                                         deviceid::WayOf(facts), "entries",
+                                         deviceid::PathOf(facts), "entries",
                                          deviceid::Entries(log)));
 }
 
@@ -320,7 +319,7 @@ const char* ReadExplanation() {
   const auto end = deviceid::EndOf(verdict, next);
   return deviceid::Answer(Json({{"label", system_info::LabelOf(verdict, status)},
                                 {"status", status},
-                                {"way", end ? deviceid::WayTo(*end, next.random) : ""}})
+                                {"path", end ? deviceid::PathTo(*end, next.random) : ""}})
                               .dump());
 }
 

@@ -173,9 +173,9 @@ function showDifferences(against) {
       make("li", {}, make("bdi", {}, `${one.what} was ${quote(one.kept)} and is ${quote(one.present)}`))))];
 }
 
-// The picture with the way through it, and the way in words.
-function showWay(way, about) {
-  if (!way) return null;
+// The picture with the path through it, and the path in words.
+function showPath(path, about) {
+  if (!path) return null;
   const picture = find("picture").content.firstElementChild.cloneNode(true);
   const groups = new Map();
   for (const group of picture.querySelectorAll("[id]")) {
@@ -184,20 +184,20 @@ function showWay(way, about) {
   }
   const words = (group, between) => [...group?.querySelectorAll("text") ?? []].map(
       (text) => text.textContent.trim()).join(between);
-  const nodes = way.split(" ");
+  const nodes = path.split(" ");
   const steps = nodes.map((node, place) => {
-    const edge = groups.get(`way-${node}-${nodes[place + 1]}`);
-    const group = groups.get(`way-${node}`);
+    const edge = groups.get(`path-${node}-${nodes[place + 1]}`);
+    const group = groups.get(`path-${node}`);
     for (const lit of [group, edge]) lit?.classList.add("lit");
     const end = !group.classList.contains("question");
     return make("li", {class: end ? "end" : null}, words(group, end ? ", " : " "),
                 edge ? [" ", make("b", {}, words(edge))] : null);
   });
   const next = nodes.includes("known") ? "next comparison" : "next call";
-  const title = about === "the log" ? "The way of this call" : `The way of the ${next}`;
+  const title = about === "the log" ? "The path of this call" : `The path of the ${next}`;
   picture.setAttribute("role", "img");
   picture.setAttribute("aria-label", `${title}, which the list below tells in words`);
-  return make("section", {class: "card way"}, make("h2", {}, title),
+  return make("section", {class: "card path"}, make("h2", {}, title),
       make("div", {class: "scroll", tabindex: "0", role: "group", "aria-label": "Picture"}, picture),
       make("ol", {class: "steps"}, steps));
 }
@@ -265,7 +265,7 @@ function showReport(told, several) {
       make("section", {class: "card"}, showVerdict(told), showFacts(explanation, about),
            showParts(explanation.parts), showNotes(explanation.warnings),
            showDifferences(explanation.against)),
-      showWay(told.way, about), showLines(told.entries));
+      showPath(told.path, about), showLines(told.entries));
 }
 
 function showAll(bytes, source) {
@@ -362,12 +362,6 @@ const changes = partNames.flatMap((name, part) =>
 
 const compare = (played) => engine.ask("PlayChanges", null, ...played);
 
-function compareChanges(...some) {
-  const played = partNames.map(() => 0);
-  for (const {part, state} of some) played[part] = state;
-  return {played, told: compare(played)};
-}
-
 function showSwitches() {
   for (const [part, {name, stored}] of compare([0, 0, 0, 0]).explanation.parts.entries()) {
     find("switches").append(make("fieldset", {},
@@ -396,8 +390,9 @@ function showPlaces(places) {
 }
 
 function showPlayed() {
-  const told = compare(partNames.map((_, part) =>
-      Number(document.querySelector(`[name=part-${part}]:checked`).value)));
+  const played = partNames.map((_, part) =>
+      Number(document.querySelector(`[name=part-${part}]:checked`).value));
+  const told = compare(played);
   const {explanation} = told;
   say(told);
   const moved = explanation.parts.some(({state}) => state === "moved");
@@ -406,61 +401,66 @@ function showPlayed() {
       moved ? make("p", {class: "hint"}, "A part that is gone has no place in the list. " +
                                          "Those behind it move forward, and agree no more.") : null,
       showFacts(explanation)));
-  for (const cell of document.querySelectorAll("#matrix [aria-current]")) {
-    cell.removeAttribute("aria-current");
+  for (const cell of find("matrix").querySelectorAll("button")) {
+    cell.ariaCurrent = cell.dataset.played === played.join("") ? "true" : null;
   }
-  const changed = changes.filter(({part, state}) => document.querySelector(
-      `[name=part-${part}][value="${state}"]`).checked);
-  if (changed.length === 0 || changed.length > 2) return;
-  const [row, column] = [changed.at(-1), changed.length > 1 ? changed[0] : null];
-  find("matrix").querySelector(`[data-cell="${row.title}, ${column?.title ?? "alone"}"]`)
-      .setAttribute("aria-current", "true");
 }
 
+// The rows and columns of the matrix; one change alone stands where both are the same.
 function showCell(row, column) {
-  if (column && column.part >= row.part) return make("td", {class: "none"});
-  const {played, told} = compareChanges(row, ...(column ? [column] : []));
-  const kept = told.label === "KEPT";
-  const name = `${row.title}, ${column?.title ?? "alone"}`;
-  const button = make("button", {class: `cell ${kept ? "kept" : "lost"}`, tabindex: "-1",
-                                 "data-cell": name, "data-played": played.join(""),
-                                 title: told.explanation.sentence,
-                                 "aria-label": `${name}: ${kept ? "kept" : "lost"}`},
-                      kept ? "✓" : "✗");
-  return make("td", {role: "gridcell"}, button);
+  if (row !== column && row.part === column.part) return make("td", {class: "none"});
+  const played = partNames.map(() => 0);
+  for (const {part, state} of [row, column]) played[part] = state;
+  const {label, explanation} = compare(played);
+  const kept = label === "KEPT";
+  const name = row === column ? row.title : `${row.title}, ${column.title}`;
+  return make("td", {role: "gridcell"}, make("button", {
+    class: `cell ${kept ? "kept" : "lost"}${row === column ? " alone" : ""}`, tabindex: "-1",
+    "data-played": played.join(""), title: `${name}: ${explanation.sentence}`,
+    "aria-label": `${name}: ${kept ? "kept" : "lost"}`,
+  }, kept ? "✓" : "✗", make("span", {}, kept ? " kept" : " lost")));
 }
 
 function showMatrix() {
-  const columns = [null, ...changes.slice(0, -2)];
-  const titled = (change, scope) => make("th", {scope}, change?.title ?? "alone");
   find("matrix").append(
-      make("thead", {}, make("tr", {role: "row"}, make("td"),
-                             columns.map((column) => titled(column, "col")))),
-      make("tbody", {}, changes.map((row) => make("tr", {role: "row"}, titled(row, "row"),
-          columns.map((column) => showCell(row, column))))));
+      make("thead", {},
+          make("tr", {role: "row"}, make("td", {rowspan: "2"}), partNames.map((name) =>
+              make("th", {scope: "colgroup", colspan: "2"}, name))),
+          make("tr", {role: "row"}, changes.map(({state}) =>
+              make("th", {scope: "col"}, states[state])))),
+      make("tbody", {}, changes.map((row) => make("tr", {role: "row"},
+          make("th", {scope: "row"}, row.title),
+          changes.map((column) => showCell(row, column))))));
   find("matrix").querySelector("button").tabIndex = 0;
 }
 
-// The cell where an arrow key leads, past the empty ones.
-function neighbour(cell, key) {
-  const [down, right] = {ArrowUp: [-1, 0], ArrowDown: [1, 0], ArrowLeft: [0, -1],
-                         ArrowRight: [0, 1]}[key] ?? [0, 0];
-  const grid = find("matrix").rows;
-  const [row, column] = [cell.closest("tr").rowIndex + down, cell.closest("td").cellIndex + right];
-  return grid[row]?.cells[column]?.querySelector("button");
+const steps = {ArrowUp: [-1, 0], ArrowDown: [1, 0], ArrowLeft: [0, -1], ArrowRight: [0, 1]};
+
+// The next cell in a direction, past the empty ones.
+function neighbour(cell, [down, right]) {
+  const {rows: lines} = find("matrix").tBodies[0];
+  let row = cell.closest("tr").sectionRowIndex;
+  let column = cell.closest("td").cellIndex;
+  while (true) {
+    row += down;
+    column += right;
+    const place = lines[row]?.cells[column];
+    const button = place?.querySelector("button");
+    if (button || !place) return button;
+  }
 }
 
 function watchMatrix() {
-  const matrix = find("matrix");
-  matrix.addEventListener("keydown", (event) => {
-    const next = neighbour(event.target, event.key);
-    if (event.key.startsWith("Arrow")) event.preventDefault();
-    if (!next || next === event.target) return;
+  find("matrix").addEventListener("keydown", (event) => {
+    if (!steps[event.key]) return;
+    event.preventDefault();
+    const next = neighbour(event.target, steps[event.key]);
+    if (!next) return;
     event.target.tabIndex = -1;
     next.tabIndex = 0;
     next.focus();
   });
-  matrix.addEventListener("click", ({target}) => {
+  find("matrix").addEventListener("click", ({target}) => {
     const played = target.closest("button")?.dataset.played;
     if (!played) return;
     [...played].forEach((state, part) => {

@@ -1,4 +1,4 @@
-#include "tools/page/decision_way.h"
+#include "tools/page/decision_path.h"
 
 #include "inspection/explained_facts.h"
 
@@ -9,12 +9,12 @@ using system_info::CallEnd;
 using system_info::LogFacts;
 using system_info::Situation;
 
-struct Way {
+struct Path {
   CallEnd end;
   const char* nodes;
 };
 
-constexpr Way kWays[] = {
+constexpr Path kPaths[] = {
     {CallEnd::kRecordIsYoung, "files known young"},
     {CallEnd::kRecordIsRandom, "files known usable renewed"},
     {CallEnd::kRecordHasOtherId, "files known usable renewed"},
@@ -28,7 +28,7 @@ constexpr Way kWays[] = {
 };
 
 // By situation, for a call whose end is not known.
-const char* WayInto(Situation situation) {
+const char* PathInto(Situation situation) {
   switch (situation) {
     case Situation::kKnownMachine:
       return "files known";
@@ -44,20 +44,20 @@ const char* WayInto(Situation situation) {
 
 }  // namespace
 
-std::string WayTo(CallEnd end, bool random) {
+std::string PathTo(CallEnd end, bool random) {
   if (end == CallEnd::kNewMachine && random) return "files nothing drawn";
-  for (const Way& way : kWays) {
-    if (way.end == end) return way.nodes;
+  for (const Path& path : kPaths) {
+    if (path.end == end) return path.nodes;
   }
   return {};
 }
 
-std::string WayOf(const LogFacts& facts) {
-  std::string way = facts.end ? WayTo(*facts.end, facts.random) : std::string();
-  if (!way.empty()) return way;
+std::string PathOf(const LogFacts& facts) {
+  std::string path = facts.end ? PathTo(*facts.end, facts.random) : std::string();
+  if (!path.empty()) return path;
   if (facts.counts) return "files known usable list compare";
   const auto situation = system_info::SituationOf(facts);
-  return situation ? WayInto(*situation) : "";
+  return situation ? PathInto(*situation) : "";
 }
 
 }  // namespace deviceid
