@@ -3,13 +3,14 @@
 each call of the stories what the program tells, knows each of their lines, reaches no address, and
 can be used by keyboard. With --pictures it also leaves pictures of itself."""
 import base64
+import http.server
 import json
 import os
 import pathlib
-import socket
 import subprocess
 import sys
 import tempfile
+import threading
 
 from selenium import webdriver
 from selenium.webdriver.common.action_chains import ActionChains
@@ -140,18 +141,26 @@ def check_keyboard(driver):
 
 def check_network(driver, page):
     """No request was made, and what would make one is stopped before it leaves."""
-    with socket.create_server(("127.0.0.1", 0)) as server:
-        address = f"http://127.0.0.1:{server.getsockname()[1]}/"
-        reached = driver.execute_async_script(
-            "const [address, done] = arguments; new Image().src = address;"
-            "fetch(address, {mode: 'no-cors'}).then(() => done(true), () => done(false));", address)
-        server.settimeout(0.2)
-        try:
-            server.accept()
-            reached = True
-        except TimeoutError:
+    reached = []
+
+    class Server(http.server.BaseHTTPRequestHandler):
+        def do_GET(self):  # pylint: disable=invalid-name
+            reached.append(self.path)
+            self.send_error(404)
+
+        def log_message(self, *_):  # pylint: disable=arguments-differ
             pass
-    expect("whether the page reaches an address", reached, False)
+    with http.server.HTTPServer(("127.0.0.1", 0), Server) as server:
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        address = f"http://127.0.0.1:{server.server_port}/"
+        driver.execute_async_script("""
+            const [address, done] = arguments;
+            const image = new Image();
+            image.onload = image.onerror = () =>
+                fetch(address, {mode: "no-cors"}).finally(done).catch(() => 0);
+            image.src = address;""", address)
+        server.shutdown()
+    expect("addresses that were reached", reached, [])
     for entry in driver.get_log("performance"):
         event = json.loads(entry["message"])["message"]
         # The browser has pages of its own, which make requests, too.

@@ -268,6 +268,12 @@ function showReport(told, several) {
       showPath(told.path, about), showLines(told.entries));
 }
 
+// A case file holds more than its explanation.
+function showData(data) {
+  return make("details", {class: "card"}, make("summary", {}, "All that is in this file"),
+              make("pre", {}, JSON.stringify(data, null, 2)));
+}
+
 function showAll(bytes, source) {
   find("trouble").hidden = true;
   find("reports").replaceChildren();
@@ -278,10 +284,7 @@ function showAll(bytes, source) {
     const {reports, data} = explain(bytes);
     find("reports").append(...reports.map((told) => showReport(told, reports.length > 1)));
     say(...reports);
-    if (!data || reports.length + Object.keys(data).length < 4) return;
-    find("reports").append(make("details", {class: "card"},
-        make("summary", {}, "All that is in this file"),
-        make("pre", {}, JSON.stringify(data, null, 2))));
+    if (data?.command === "report") find("reports").append(showData(data));
   } catch (error) {
     find("trouble").textContent = error.message;
     find("trouble").hidden = false;
