@@ -107,7 +107,10 @@ def check_cases(driver):
                              "the stored id. stored id"),
             (json.dumps(case)[:999], "This begins like a case file and is none, or a part of one"),
             (json.dumps(case | {"schema": 2}), "This case file has schema 2"),
-            ("{}", "This is JSON, but holds neither"), ("hello", "UNDECIDED This is not the log")):
+            ("{}", "This is JSON, but holds neither"),
+            (json.dumps({"log": [{"time": "09:05:03:107", "level": "Info", "message":
+                                  "RecheckHardwareId is not supported with version 1.6"}]}),
+             "FAILED The call was refused with result 8"), ("hello", "UNDECIDED This is not the log")):
         seen = driver.execute_script(
             "showAll(utf8.encode(arguments[0]));"
             "return find('trouble').hidden ? [...document.querySelectorAll("

@@ -121,6 +121,7 @@ Verdict VerdictOf(const Json& explained) {
 struct NextCall {
   bool known = false;
   bool fails = false;
+  bool lists_nothing = false;  // Result 4, of this call or of a recheck.
   bool random = false;
   bool keeps_id = false;
   bool any_part = false;
@@ -133,6 +134,10 @@ NextCall NextCallOf(const Json& explained) {
   call.known = next.is_object();
   if (!call.known) return call;
   call.fails = next.value("result", Json()) != 0;
+  for (const char* name : {"next", "recheck"}) {
+    const Json outcome = explained.value(name, Json());
+    call.lists_nothing |= outcome.is_object() && outcome.value("result", Json()) == 4;
+  }
   call.random = next.value("random", Json()) == true;
   call.keeps_id = next.value("id", Json()) == explained.value("id", Json());
   const Json agree = explained.value("agree", Json());
@@ -152,6 +157,8 @@ int StatusOf(Verdict verdict, const NextCall& next) {
       return next.known && next.keeps_id ? 0 : 10;
     case Verdict::kCannotCompare:
       return next.fails ? 20 : 10;
+    case Verdict::kFromHardware:
+      return next.random ? 10 : 0;
     case Verdict::kNoId:
     case Verdict::kFailed:
       return 20;
@@ -177,7 +184,7 @@ std::optional<CallEnd> EndOf(Verdict verdict, const NextCall& next) {
     case Verdict::kChangesNow:
       return CallEnd::kHardwareHasChanged;
     case Verdict::kCannotCompare:
-      return CallEnd::kHardwareIsUnknown;
+      return next.lists_nothing ? std::optional(CallEnd::kHardwareIsUnknown) : std::nullopt;
     case Verdict::kNoId:
       return CallEnd::kNoId;
     default:
