@@ -34,7 +34,8 @@ std::string DifferencesOf(
       action();
     });
 
-// What `action` changes in or below one of `folders`: names, bytes, rights, dates. Empty if nothing.
+// What `action` changes in or below one of `folders`: names, bytes, rights, dates. Empty if
+// nothing.
 std::string TracesOf(const std::vector<std::string>& folders, const std::function<void()>& action);
 
 // All that the system tells of a path, but for its bytes and when it was last read. Each build has
