@@ -161,26 +161,13 @@ Answer Play(const Arguments& arguments) {
   return {static_cast<int>(played.result), std::move(played.id), std::move(played.log), {}};
 }
 
-// An id in the common folder takes the place of what other accounts have in their own folders.
 void AskBeforeTakingIdsAway(const Arguments& arguments) {
-  if (!system_info::PresentAccount().privileged) return;
-  const std::vector<OtherId> others = LookAtOtherAccounts();
-  if (others.empty()) return;
-  const std::vector<StoredId> ids = LookAtStoredIds();
-  for (const system_info::FileChange& change : PlayArguments(arguments).changes) {
-    if (change.kind != system_info::FileChange::Kind::kFileWritten) continue;
-    const auto path = system_info::FromSystemText(change.path);
-    for (const OtherId& other : others) {
-      const bool same_file = path.filename() == other.stored.path.filename();
-      const bool common = path == ids[0].path || path == ids[2].path;
-      if (!same_file || !common || !system_info::IsValidDeviceId(change.content)) continue;
-      if (change.content.substr(4) == other.stored.id.substr(4)) continue;
-      throw Failure(kNeedsConsent, "the account " + other.account + " has the id " +
-                                       other.stored.id +
-                                       " of its own, and would lose it to the one that this call "
-                                       "stores for all accounts; add --yes to store it all the "
-                                       "same, or --no-store to look only");
-    }
+  if (!system_info::PresentAccount().privileged || LookAtOtherAccounts().empty()) return;
+  for (const OtherId& other : IdsTakenAway(PlayArguments(arguments).changes)) {
+    throw Failure(kNeedsConsent, "the account " + other.account + " has the id " + other.stored.id +
+                                     " of its own, and would lose it to the one that this call "
+                                     "stores for all accounts; add --yes to store it all the "
+                                     "same, or --no-store to look only");
   }
 }
 

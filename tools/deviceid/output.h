@@ -18,8 +18,12 @@ enum Status : int {
   kNoInput = 66,       // A file or folder that is not there.
   kNoLibrary = 69,     // The library of --library cannot be loaded.
   kFailed = 70,        // Any other failure of the program itself.
-  kWriteFailed = 74,   // Standard output cannot be written.
+  kPutBack = 71,       // A repair came out otherwise than announced; all is as before.
+  kBusy = 72,          // Another repair is running, or the files changed meanwhile.
+  kHalfDone = 73,      // A repair stopped, and its backup has to be brought back by hand.
+  kWriteFailed = 74,   // Standard output, or a backup, cannot be written.
   kNeedsConsent = 75,  // Only with --yes.
+  kRefused = 76,       // A repair that there is no need or no way for.
   kNoRights = 77,      // A file or folder that this account may not read.
 };
 

@@ -63,6 +63,24 @@ std::vector<OtherId> LookAtOtherAccounts() {
   return others;
 }
 
+std::vector<OtherId> IdsTakenAway(const std::vector<system_info::FileChange>& changes) {
+  std::vector<OtherId> taken;
+  if (!system_info::PresentAccount().privileged) return taken;
+  const auto common = system_info::FromSystemText(system_info::CommonFolderPath(false));
+  const std::vector<OtherId> others = LookAtOtherAccounts();
+  for (const system_info::FileChange& change : changes) {
+    if (change.kind != system_info::FileChange::Kind::kFileWritten) continue;
+    const auto path = system_info::FromSystemText(change.path);
+    if (path.parent_path() != common || !system_info::IsValidDeviceId(change.content)) continue;
+    for (const OtherId& other : others) {
+      const bool same_file = path.filename() == other.stored.path.filename();
+      if (!same_file || change.content.substr(4) == other.stored.id.substr(4)) continue;
+      taken.push_back(other);
+    }
+  }
+  return taken;
+}
+
 std::string DescribeChange(const std::vector<StoredId>& before,
                            const std::vector<StoredId>& after) {
   std::string line;

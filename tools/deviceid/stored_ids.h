@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "inspection/played_call.h"
+
 namespace deviceid {
 
 // One id file. The id is as hosts get it; empty if there is no file, or no good id in it.
@@ -24,6 +26,10 @@ struct OtherId {
   StoredId stored;
 };
 std::vector<OtherId> LookAtOtherAccounts();
+
+// The ids of other accounts that go once a call has made `changes`: an id in the common folder takes
+// the place of what they have in their own folders. None for an ordinary account.
+std::vector<OtherId> IdsTakenAway(const std::vector<system_info::FileChange>& changes);
 
 // What happened to the ids between two looks, as one line: "stored 2-0-... in ...". Empty if
 // nothing did.
