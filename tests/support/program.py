@@ -2,7 +2,6 @@
 
 A test is called with the PROGRAM and the shared LIBRARY and hands its cases to play(). It needs root, and
 mounts that nobody else sees; it exits 77 without."""
-import hashlib
 import json
 import os
 import pathlib
@@ -72,15 +71,15 @@ def write(folder, **files):
         (folder / name).write_bytes(content if isinstance(content, bytes) else content.encode())
 
 
-def trees():
-    """All names, bytes, rights, owners and dates."""
+def trees(*roots):
+    """All names, bytes, rights, owners and dates; below given roots without the date of the last change."""
     state = []
-    for root in ("/var/lib", "/mnt"):
-        for path in sorted(pathlib.Path(root).rglob("*")):
+    for root in roots or ("/var/lib", "/mnt"):
+        for path in [*([root] if roots and root.exists() else []), *sorted(pathlib.Path(root).rglob("*"))]:
             status = path.lstat()
-            data = hashlib.sha256(path.read_bytes()).hexdigest() if path.is_file() else ""
-            state.append((str(path), status.st_mode, status.st_uid, status.st_mtime_ns,
-                          status.st_ctime_ns, data))
+            data = path.readlink() if path.is_symlink() else path.read_bytes() if path.is_file() else b""
+            state.append((str(path), status.st_mode, status.st_uid, status.st_gid, status.st_mtime_ns,
+                          not roots and status.st_ctime_ns, data))
     return state
 
 
@@ -91,7 +90,7 @@ def play(*cases):
         sys.exit(77)
     if sys.argv[3:] != ["inside"]:
         os.execvp("unshare", ["unshare", "--mount", sys.argv[0], *sys.argv[1:3], "inside"])
-    for folder, mode in (("/var/lib", 755), ("/mnt", 755), ("/root", 700)):
+    for folder, mode in (("/var/lib", 755), ("/var/backups", 755), ("/mnt", 755), ("/root", 700)):
         subprocess.run(["mount", "-t", "tmpfs", "-o", f"mode={mode}", "tmpfs", folder], check=True)
     # The one other account that has a folder of its own.
     passwd = pathlib.Path("/mnt/passwd")
