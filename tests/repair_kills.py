@@ -17,6 +17,7 @@ from support.program import (COMMON, HOME, ID, SOMEBODY, USER, clear, expect, ex
 
 EVERY = int(os.environ.get("KILL_EVERY", "1"))
 SHIFT = random.randrange(EVERY)
+STRACE = shutil.which("strace")
 AGE = 3 * 86400
 BACKUPS = {0: pathlib.Path("/var/backups/deviceid"), SOMEBODY: HOME / ".local/state/deviceid/backups"}
 OWN = {0: pathlib.Path("/root/.local/share/BrindleQuayWorks"), SOMEBODY: USER}
@@ -91,7 +92,7 @@ def gist(state):
 
 
 def trace(words, account, *options):
-    return subprocess.run(["strace", "-f", "-o", "/dev/shm/trace" + str(account), *options, paths["program"], "repair",
+    return subprocess.run([STRACE, "-f", "-o", "/dev/shm/trace" + str(account), *options, paths["program"], "repair",
                            *filter(None, words), "--yes"], user=account, group=account, extra_groups=[],
                           env={"HOME": "/root" if account == 0 else str(HOME), "LC_ALL": "C"},
                           capture_output=True, check=False).returncode

@@ -243,6 +243,8 @@ Backup MakeBackup(const fs::path& place, const std::vector<fs::path>& folders,
 Backup ReadBackup(const fs::path& place) {
   const std::string name = ToUtf8(place);
   if (!IsThere(place)) throw Failure(kNoInput, "there is no " + name);
+  const bool hidden = system_info::LookAtFile(place / kManifest).kind == FileKind::kUnknown;
+  if (hidden) throw Failure(kNoRights, "no rights to read " + name);
   const bool complete = IsThere(place / kManifest);
   const bool begun = complete || IsThere(place / kUnfinished) || IsThere(place / "common");
   if (!complete && begun) throw Failure(kBadData, name + " is an incomplete backup");

@@ -141,13 +141,18 @@ void RefuseWrongEnd(const Repair& repair) {
   const std::string& wanted = repair.plan.id;
   const bool good = next.result == system_info::HidResult::Success;
   if (repair.source || (good && (wanted.empty() || next.id == wanted))) return;
-  const std::string seen =
-      wanted.empty() ? "no id would come of it: " : wanted + " would not come of it: ";
-  const std::string hint =
-      wanted.empty() || repair.announcement.repair == "keep"
-          ? ""
-          : " deviceid repair keep " + wanted + " keeps it for the present hardware.";
-  throw Failure(kRefused, seen + repair.announcement.explanation.sentence + hint);
+  const auto& changes = repair.plan.changes;
+  const auto common = StateFolderPaths()[0];
+  const bool own = system_info::FromSystemText(changes.back().path).parent_path() != common;
+  if (good && own) {
+    throw Failure(kNoRights, "this account can store " + wanted +
+                                 " for itself alone, but what is in " + ToUtf8(common) + " counts");
+  }
+  std::string line = wanted.empty() ? "no id" : wanted;
+  line += " would not come of it: " + repair.announcement.explanation.sentence;
+  const bool hint = repair.announcement.repair == "restore";
+  if (hint) line += " deviceid repair keep " + wanted + " keeps it for the present hardware.";
+  throw Failure(kRefused, line);
 }
 
 Repair Prepare(const std::vector<std::string>& words, system_info::HardwareSource& hardware) {
@@ -286,6 +291,7 @@ int Run(const Arguments& arguments) {
   const auto before = ReadStateFolders();
   const Repair repair = Prepare(arguments.words, *hardware);
   RefuseWithoutConsent(arguments, repair.announcement);
+  const std::filesystem::path place = ChoosePlace(arguments.backup, folders);
   if (!arguments.json) std::cout << ToText(repair.announcement);
   if (arguments.dry_run) return Finish(arguments, repair, {});
   if (!arguments.yes) Ask();
@@ -293,8 +299,7 @@ int Run(const Arguments& arguments) {
     throw Failure(kBusy,
                   "the stored files have changed meanwhile, so nothing was changed; try again");
   }
-  const Backup backup = MakeBackup(ChoosePlace(arguments.backup, folders), folders,
-                                   "deviceid repair " + arguments.words[0]);
+  const Backup backup = MakeBackup(place, folders, "deviceid repair " + arguments.words[0]);
   if (!arguments.json) std::cout << "\nBackup: " << ToUtf8(backup.place) << std::endl;
   RepairOutcome outcome;
   outcome.call = Act(repair, backup, *hardware);

@@ -31,8 +31,8 @@ constexpr int kOpen = O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
 // As the library makes its files: never to be written by everybody.
 constexpr mode_t kNewFile = 0664;
 
-// What a file may have: a state file needs no right to change who runs it.
-constexpr unsigned kFileModes = 0777;
+// No state file is run as its owner or group, whatever a manifest says.
+constexpr unsigned kFileModes = 01777;
 constexpr unsigned kFolderModes = 03777;
 
 constexpr std::string_view kAttribute = "xattr:";
