@@ -255,8 +255,8 @@ TEST_F(ExplanationTest, TellsOfMissingAndDamagedFiles) {
       "no-id 20: device.idv2 was damaged (a line end stands at the id), and there was a record: "
       "the "
       "call ended with result 4.");
-  EXPECT_EQ(Explain().advice, "Write the id of the record, " + kId +
-                                  ", into device.idv2 in /common, without a line end.");
+  EXPECT_EQ(Explain().advice,
+            "Put the id of the record, " + kId + ", back into its file: deviceid repair restore.");
   WriteFileText(pc.Common("device.id"), Stored(kOldId));
   const std::string lead = "(a line end stands at the id), so the older id of device.id st";
   Expect(

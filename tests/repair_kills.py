@@ -1,23 +1,28 @@
 #!/usr/bin/python3
-"""repair_kills.py PROGRAM LIBRARY: kills each repair at each system call, or at each KILL_EVERYth one.
+"""repair_kills.py PROGRAM LIBRARY: kills each repair at each system call, or at each KILL_EVERYth one, and
+lets those calls fail that write.
 
-What is left is the state from before, the new one, or one from which `repair undo` brings back the first:
-bytes, owners, rights and dates. It does so from the second and the third."""
+What a kill leaves is the state from before, the new one, or one from which `repair undo` brings back the
+first: bytes, owners, rights and dates. It does so from the second and the third. After a failed call all is
+as before, or the repair was made all the same, unless the repair says that it stopped halfway."""
 import collections
 import os
 import pathlib
 import random
 import re
 import shutil
-import struct
 import subprocess
+import sys
 
-from support.program import (COMMON, HOME, ID, SOMEBODY, USER, clear, expect, explain, paths, play, record, run,
+from support.program import (COMMON, HOME, ID, SOMEBODY, USER, clear, expect, paths, play, record, run,
                              trees, write)
 
+WRITING = ("pwrite64", "write", "fsync", "ftruncate", "mkdir", "mkdirat", "unlink", "unlinkat", "rename", "fchown",
+           "fchmod", "utimensat", "fsetxattr", "symlink")
 EVERY = int(os.environ.get("KILL_EVERY", "1"))
-SHIFT = random.randrange(EVERY)
-STRACE = shutil.which("strace")
+READING = int(os.environ.get("KILL_READING", EVERY))  # Of the calls before the backup is begun.
+SHIFT = random.randrange(READING)
+STRACE = shutil.which("strace") or sys.exit(77)
 AGE = 3 * 86400
 BACKUPS = {0: pathlib.Path("/var/backups/deviceid"), SOMEBODY: HOME / ".local/state/deviceid/backups"}
 OWN = {0: pathlib.Path("/root/.local/share/BrindleQuayWorks"), SOMEBODY: USER}
@@ -105,13 +110,32 @@ def judge(name, before, after, account, backups, counts):
     complete = [place for place in backups if (place / "manifest.json").exists()]
     for place in backups:
         if place not in complete:
-            expect(f"{name}: undo of an incomplete backup", run("repair", "undo", str(place), "--yes", account=account)[0], 65)
-    if kind != "before" and not complete:
+            status = run("repair", "undo", str(place), "--yes", account=account)[0]
+            expect(f"{name}: undo of an incomplete backup", status, 65)
+    if kind != "before" and not complete:  # Nothing may be changed before there is a backup.
         expect(f"{name}: a backup", "none", "one")
     elif complete:
         status, _, said = run("repair", "undo", str(complete[-1]), "--yes", account=account)
         expect(f"{name}: undo ({said})", (status, trees(*folders(account))), (0, before))
     counts[kind] += 1
+
+
+def fail(name, words, account, make, calls):
+    """Full disks and the like: each call that changes something fails once."""
+    nth, statuses = collections.Counter(), collections.Counter()
+    for call in calls:
+        nth[call] += 1
+        if call not in WRITING:
+            continue
+        state = prepare(account, make)
+        status = trace(words, account, "-e", f"trace={call}", "-e", f"inject={call}:error=ENOSPC:when={nth[call]}")
+        statuses[status] += 1
+        what = f"{name}, {call} {nth[call]} fails"
+        # The last line alone is written after the repair.
+        if status not in (0, 73) and call != "write":
+            expect(f"{what} with status {status}", trees(*folders(account)), state)
+        judge(what, state, [], account, sorted(BACKUPS[account].glob("*")), collections.Counter())
+    print(f"{name}: {sum(statuses.values())} failures; statuses {dict(statuses)}")
 
 
 def sweep(word, account, make, argument):
@@ -124,13 +148,16 @@ def sweep(word, account, make, argument):
     nth, counts = collections.Counter(), collections.Counter()
     for number, call in enumerate(calls):
         nth[call] += 1
-        if number % EVERY != SHIFT:
+        step = READING if "mkdir" not in nth else EVERY
+        if number % step != SHIFT % step:
             continue
         state = prepare(account, make)
         trace((word, argument), account, "-e", f"trace={call}", "-e", f"inject={call}:signal=KILL:when={nth[call]}")
         judge(f"{name}, {call} {nth[call]}", state, after, account, sorted(BACKUPS[account].glob("*")), counts)
     print(f"{name}: {sum(counts.values())} kills at {len(calls)} system calls; left as before {counts['before']}, "
           f"as after {counts['after']}, between {counts['between']}", flush=True)
+    if EVERY == 1:
+        fail(name, (word, argument), account, make, calls)
 
 
 play(*[lambda _, case=case: sweep(*case) for case in CASES])

@@ -8,7 +8,7 @@ import subprocess
 
 import jsonschema
 
-from support.program import (COMMON, DOCS, HOME, ID, SOMEBODY, USER, ask, clear, expect, explain, paths, play,
+from support.program import (COMMON, DOCS, ID, SOMEBODY, USER, ask, clear, expect, explain, paths, play,
                              record, run, trees, write)
 
 OWN = pathlib.Path("/root/.local/share/BrindleQuayWorks")
@@ -82,7 +82,7 @@ def accounts(_):
     (COMMON / "device.idv2").chmod(0o666)
     before = trees(COMMON)
     status, _, said = run("repair", "anew", "--yes", account=SOMEBODY)
-    expect("files that could not be brought back", (status, "belongs to root" in said, trees(COMMON)), (77, True, before))
+    expect("files of root", (status, "belongs to root" in said, trees(COMMON)), (77, True, before))
 
 
 def refusals(work):

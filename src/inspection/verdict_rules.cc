@@ -48,25 +48,23 @@ constexpr auto kAny = std::nullopt;
 constexpr auto kAlways = nullptr;
 
 constexpr const char* kKeepCopy =
-    "Keep a copy of {record_folder} now. If this id is to stay, bring the old parts back before "
-    "the "
-    "comparison, or roll back as the guide tells.";
+    "If this id is to stay, bring the old parts back before the comparison, or make it the id of "
+    "the present hardware: deviceid repair keep.";
 constexpr const char* kOneKindOfAccount =
     "Keep a copy of {record_folder} now. Let either root alone or ordinary accounts alone ask for "
     "the id: a service that runs as root can hand it on.";
 constexpr const char* kWriteRecordId =
-    "Write the id of the record, {record_id}, into device.idv2 in {record_folder}, without a line "
-    "end.";
+    "Put the id of the record, {record_id}, back into its file: deviceid repair restore.";
 constexpr const char* kBeginAnew =
-    "The record holds no id, either. To begin anew, remove hid_settings from both folders.";
+    "The record holds no id, either. To begin anew: deviceid repair anew.";
 constexpr const char* kMoveRecord =
-    "Move hid_settings out of {record_folder}, and keep it. The next call makes the id from the "
-    "hardware.";
+    "Give the old id back with deviceid repair keep, or begin anew with deviceid repair anew.";
 constexpr const char* kMendHardware =
     "Mend what keeps the hardware from being read, and call from a thread that has not set up COM.";
 constexpr const char* kPutRecordBack =
-    "If the id is to stay, put hid_settings of the same time back beside it before the next call. "
-    "An id alone does not stay.";
+    "If the id is to stay, give it a record before the next call: deviceid repair keep. An id "
+    "alone "
+    "does not stay.";
 constexpr const char* kWhoChangedFiles =
     "Nothing if an id was put back on purpose. Otherwise find out who changed a file.";
 
@@ -186,7 +184,7 @@ constexpr VerdictRule kRules[] = {
      "Give the log as the host got it, or the folder with the stored files."},
     {kLog, CallEnd::kFailed, kAny, FatalRecord, Verdict::kFailed, 20,
      "The call failed with result 3, since the record hid_settings is damaged ({reason}).",
-     "Move hid_settings away, and keep it. The next call makes the id from the hardware."},
+     "Give the old id back with deviceid repair keep, or begin anew with deviceid repair anew."},
     {kLog, CallEnd::kFailed, kAny, kAlways, Verdict::kFailed, 20, "The call failed with {failure}.",
      "Call again. If it goes on, look at the memory of the host's process."},
     {kLog, CallEnd::kRefused, kAny, kAlways, Verdict::kFailed, 20,
@@ -202,7 +200,8 @@ constexpr VerdictRule kRules[] = {
      "{change} The call gave this account another id.",
      "Let either root alone or ordinary accounts alone ask for the id."},
     {kLog, CallEnd::kHardwareHasChanged, kAny, kAlways, Verdict::kChangesNow, 10,
-     "{change} The call gave {new_id}.", "If the old id is to stay, roll back as the guide tells."},
+     "{change} The call gave {new_id}.",
+     "If the old id is to stay, give it back: deviceid repair keep."},
     {kLog, CallEnd::kRecordIsYoung, kAny, OlderId, Verdict::kNotCompared, 0,
      "The record was younger than ten days, so the call gave that id without a comparison.",
      kExplainThere},
@@ -252,7 +251,7 @@ constexpr VerdictRule kRules[] = {
      "{record_trouble}, so the call made the id anew from the hardware. It stayed the same.", ""},
     {kLog, CallEnd::kMadeAnew, kAny, kAlways, Verdict::kMadeAnew, 10,
      "{record_trouble}, so the call made the id anew from the hardware. It became another one.",
-     "If the old id is to stay, roll back as the guide tells."},
+     "If the old id is to stay, give it back: deviceid repair keep."},
     {kLog, CallEnd::kNoId, kAny, kAlways, Verdict::kNoId, 20,
      "{id_trouble}, and there was a record: the call ended with result 4.", kExplainThere},
     {kLog, CallEnd::kStoredId, kAny, kAlways, Verdict::kStored, 0,

@@ -300,7 +300,11 @@ int Run(const Arguments& arguments) {
                   "the stored files have changed meanwhile, so nothing was changed; try again");
   }
   const Backup backup = MakeBackup(place, folders, "deviceid repair " + arguments.words[0]);
-  if (!arguments.json) std::cout << "\nBackup: " << ToUtf8(backup.place) << std::endl;
+  if (!arguments.json) std::cout << "\nBackup: " << ToUtf8(backup.place) << '\n';
+  // Who is killed from here on has to know the backup.
+  if (!std::cout.flush()) {
+    throw Failure(kWriteFailed, "cannot write to standard output, so nothing was changed");
+  }
   RepairOutcome outcome;
   outcome.call = Act(repair, backup, *hardware);
   outcome.done = true;

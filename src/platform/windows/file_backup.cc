@@ -77,7 +77,7 @@ void AllowAnyOwner() {
   TOKEN_PRIVILEGES privileges = {};
   privileges.PrivilegeCount = 1;
   privileges.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
-  if (LookupPrivilegeValueW(nullptr, SE_RESTORE_NAME, &privileges.Privileges[0].Luid) != 0) {
+  if (LookupPrivilegeValueA(nullptr, SE_RESTORE_NAME, &privileges.Privileges[0].Luid) != 0) {
     AdjustTokenPrivileges(token, FALSE, &privileges, 0, nullptr, nullptr);
   }
   CloseHandle(token);
