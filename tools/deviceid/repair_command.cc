@@ -28,7 +28,6 @@ namespace {
 
 using system_info::CallOutcome;
 using system_info::FileChange;
-using system_info::MachineState;
 using system_info::ToUtf8;
 
 constexpr const char* kFooter =
@@ -66,8 +65,8 @@ struct Arguments {
 struct Repair {
   Announcement announcement;
   RepairPlan plan;
-  MachineState foreseen;         // After the plan, before the call.
-  std::optional<Backup> source;  // Of undo.
+  system_info::PlayedCall foreseen;  // The call that follows.
+  std::optional<Backup> source;      // Of undo.
 };
 
 std::string CheckedId(const std::string& id) {
@@ -137,7 +136,7 @@ RepairPlan MakePlan(const std::vector<std::string>& words, system_info::Hardware
 
 // A repair whose announcement is not what was asked for is none.
 void RefuseWrongEnd(const Repair& repair) {
-  const auto& next = repair.foreseen.next;
+  const auto& next = repair.foreseen;
   const std::string& wanted = repair.plan.id;
   const bool good = next.result == system_info::HidResult::Success;
   if (repair.source || (good && (wanted.empty() || next.id == wanted))) return;
@@ -161,12 +160,19 @@ Repair Prepare(const std::vector<std::string>& words, system_info::HardwareSourc
   RefuseObstacles();
   repair.plan = MakePlan(words, hardware, repair.source);
   if (!repair.plan.refusal.empty()) throw Failure(repair.plan.status, repair.plan.refusal);
-  repair.foreseen = LookAtMachine(kFormat, hardware, {0, repair.plan.changes});
-  const auto& changes = repair.source ? repair.plan.changes : repair.foreseen.next.changes;
+  const system_info::MachineState before_call =
+      LookAtMachine(kFormat, hardware, {0, repair.plan.changes});
   auto& [name, effects, explanation, taken] = repair.announcement;
   name = words[0];
-  explanation = system_info::ExplainMachine(repair.foreseen);
+  explanation = system_info::ExplainMachine(before_call);
+  repair.foreseen = before_call.next;
   RefuseWrongEnd(repair);
+  const bool called = !repair.source;
+  const auto& changes = called ? repair.foreseen.changes : repair.plan.changes;
+  // An id that will be drawn is not known yet.
+  if (called && !repair.foreseen.random) {
+    explanation = system_info::ExplainMachine(LookAtMachine(kFormat, hardware, {0, changes}));
+  }
   RefuseWithoutRights(repair.plan.changes, changes);
   for (const FileChange& change : changes) effects.push_back(EffectOf(change));
   taken = IdsTakenAway(changes);
@@ -233,17 +239,17 @@ CallOutcome MakeCall() {
 CallOutcome ActAndCheck(const Repair& repair, system_info::HardwareSource& hardware) {
   for (const FileChange& change : repair.plan.changes) Make(change);
   const CallOutcome call = MakeCall();
-  const auto& announced = repair.announcement.explanation;
-  const bool foreseen = call.result == announced.next->result &&
-                        (announced.next->random || call.id == announced.next->id);
-  if (!foreseen) {
+  const auto& [result, id, random, log, changes] = repair.foreseen;
+  if (call.result != static_cast<int>(result) || (!random && call.id != id)) {
     throw std::runtime_error("the call gave " +
                              call.id.value_or("result " + std::to_string(call.result)));
   }
+  const auto& announced = repair.announcement.explanation;
   const auto then = system_info::ExplainMachine(LookAtMachine(kFormat, hardware));
-  const bool lasting = announced.next->random || then.recheck->id == announced.recheck->id;
-  if (!lasting) throw std::runtime_error(then.sentence);
-  return {call.result, call.id, announced.next->random};
+  const bool as_announced =
+      then.verdict == announced.verdict && then.recheck->id == announced.recheck->id;
+  if (!random && !as_announced) throw std::runtime_error(then.sentence);
+  return {call.result, call.id, random};
 }
 
 CallOutcome ActOrPutBack(const Repair& repair, const Backup& backup,

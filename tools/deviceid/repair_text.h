@@ -26,7 +26,7 @@ Effect EffectOf(const system_info::FileChange& change);
 struct Announcement {
   std::string repair;                    // "keep"
   std::vector<Effect> effects;           // The call that follows included.
-  system_info::Explanation explanation;  // Of the state that the repair makes.
+  system_info::Explanation explanation;  // Of the state that comes of it.
   std::vector<OtherId> taken;            // Ids that other accounts lose.
 };
 
