@@ -21,19 +21,20 @@ need_packages() {
     } >&2
 }
 
-# The host program and what it is built from. CMake looks for what the tests need as well.
+# The host program and what it is built from. CMake looks for what tests and benchmarks need as well.
 readonly build_packages=(
     cmake ninja-build g++ libc6-dev libcli11-dev nlohmann-json3-dev libgtest-dev libgmock-dev
+    libbenchmark-dev
 )
 
 # The DLL and the environment that it runs in here.
 readonly windows_packages=(
-    g++-mingw-w64-i686 binutils-mingw-w64-i686 llvm mmdebstrap iproute2 util-linux
+    g++-mingw-w64-i686 binutils-mingw-w64-i686 llvm mmdebstrap iproute2 util-linux python3-pefile
 )
 
 # What the tests need beside those.
 readonly test_packages=(
-    python3 python3-jsonschema python3-pefile clang clang-format clang-tidy
+    python3 python3-jsonschema clang clang-format clang-tidy
     chromium chromium-driver python3-selenium lld mono-mcs mono-runtime libjna-java unzip pkg-config
     strace
 )
