@@ -39,7 +39,7 @@ std::string LineOf(const Effect& effect) {
   return line;
 }
 
-Json Utf8(const std::string& text) { return system_info::ToUtf8(std::string_view(text)); }
+Json Utf8(const std::string& text) { return system_info::ToUtf8(std::string_view{text}); }
 
 Json ToJson(const Effect& effect) {
   return {{"action", effect.action},

@@ -27,8 +27,8 @@ struct OtherId {
 };
 std::vector<OtherId> LookAtOtherAccounts();
 
-// The ids of other accounts that go once a call has made `changes`: an id in the common folder takes
-// the place of what they have in their own folders. None for an ordinary account.
+// The ids of other accounts that go once a call has made `changes`: an id in the common folder
+// takes the place of what they have in their own folders. None for an ordinary account.
 std::vector<OtherId> IdsTakenAway(const std::vector<system_info::FileChange>& changes);
 
 // What happened to the ids between two looks, as one line: "stored 2-0-... in ...". Empty if
