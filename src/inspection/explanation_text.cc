@@ -7,14 +7,11 @@
 #include <vector>
 
 #include "inspection/shown_text.h"
+#include "inspection/wrapped_text.h"
 
 namespace system_info {
 namespace {
 
-constexpr std::size_t kWidth = 80;
-constexpr std::size_t kMargin = 2;
-constexpr std::size_t kGap = 2;
-constexpr std::size_t kNameWidth = 7;    // Of all names but "product or board".
 constexpr std::size_t kValueWidth = 19;  // Of most values.
 constexpr std::size_t kStateWidth = 7;
 constexpr std::size_t kMaxLines = 3;  // Of one value.
@@ -33,34 +30,6 @@ const char* ColourOf(int status) {
   return status < 20 ? kYellow : kRed;
 }
 
-std::string Padded(const std::string& text, std::size_t width) {
-  const std::size_t length = CountCharacters(text);
-  return length < width ? text + std::string(width - length, ' ') : text;
-}
-
-// The bytes of the first `count` characters.
-std::size_t BytesOf(std::string_view text, std::size_t count) {
-  std::size_t bytes = 0;
-  for (; bytes < text.size(); ++bytes) {
-    if ((text[bytes] & 0xc0) != 0x80 && count-- == 0) break;
-  }
-  return bytes;
-}
-
-// Lines of at most `width` characters, broken at blanks where there are any.
-std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
-  std::vector<std::string> lines;
-  while (CountCharacters(text) > width) {
-    const std::size_t fitting = BytesOf(text, width);
-    const std::size_t blank = text.rfind(' ', fitting);
-    const bool broken = blank != std::string_view::npos && blank > 0;
-    lines.emplace_back(text.substr(0, broken ? blank : fitting));
-    text.remove_prefix(broken ? blank + 1 : fitting);
-  }
-  lines.emplace_back(text);
-  return lines;
-}
-
 // One value in its column, which does not break at blanks.
 std::vector<std::string> WrapValue(const std::optional<std::string>& value, std::size_t width) {
   const std::string text = value ? Harmless(*value) : "-";
@@ -75,22 +44,6 @@ std::vector<std::string> WrapValue(const std::optional<std::string>& value, std:
     }
   }
   return lines;
-}
-
-// Trailing blanks are for columns that follow.
-void AddLine(std::string& text, std::string line) {
-  line.erase(line.find_last_not_of(' ') + 1);
-  text += line + "\n";
-}
-
-// A label and text behind it, in as many lines as it needs.
-void AddField(std::string& text, const std::string& label, const std::string& content) {
-  const std::size_t column = kMargin + kNameWidth + kGap;
-  std::string start = Padded(std::string(kMargin, ' ') + label, column);
-  for (const std::string& line : Wrap(Harmless(content), kWidth - column)) {
-    AddLine(text, start + line);
-    start.assign(column, ' ');
-  }
 }
 
 std::string Cell(const std::vector<std::string>& lines, std::size_t line, std::size_t width) {
@@ -200,16 +153,18 @@ std::string ToText(const Explanation& explanation, const TextStyle& style) {
   text += "\n";
 
   if (!explanation.parts.empty()) AddParts(text, explanation.parts, style.colour);
-  if (explanation.id) AddField(text, "id", *explanation.id);
-  if (!explanation.id_folder.empty()) AddField(text, "stored", DescribeStored(explanation, style));
-  if (explanation.next) AddField(text, "next", DescribeNext(explanation, style));
-  AddField(text, "do", explanation.advice.empty() ? "nothing" : explanation.advice);
+  if (explanation.id) AddField(text, "id", Harmless(*explanation.id));
+  if (!explanation.id_folder.empty())
+    AddField(text, "stored", Harmless(DescribeStored(explanation, style)));
+  if (explanation.next) AddField(text, "next", Harmless(DescribeNext(explanation, style)));
+  AddField(text, "do", Harmless(explanation.advice.empty() ? "nothing" : explanation.advice));
   for (const Difference& difference : explanation.against.value_or(std::vector<Difference>())) {
     AddField(text, "differs",
-             difference.what + " was " + Quoted(difference.kept) + " and is " +
-                 Quoted(difference.present));
+             Harmless(difference.what + " was " + Quoted(difference.kept) + " and is " +
+                      Quoted(difference.present)));
   }
-  for (const Warning& warning : explanation.warnings) AddField(text, "note", warning.text);
+  for (const Warning& warning : explanation.warnings)
+    AddField(text, "note", Harmless(warning.text));
   return text;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "inspection/explained_facts.h"
 #include "inspection/explanation.h"
@@ -27,6 +28,8 @@ bool TellsOfCall(const LogFacts& facts) {
          !facts.readings.empty();
 }
 
+bool HasFlags(const LogFacts& facts) { return facts.call == "GetHardwareIdMod"; }
+
 // Windows names adapters by GUIDs in braces, and has short serial numbers for volumes.
 bool IsFromLinux(const LogFacts& facts) {
   for (const HardwareReading& reading : facts.readings) {
@@ -38,10 +41,13 @@ bool IsFromLinux(const LogFacts& facts) {
   return false;
 }
 
-// The id that an id without a record, or a new machine, was given: no line tells it.
+// The id that an id without a record, or a new machine, was given: no line tells it, nor the flags
+// of a call that has some. One of them draws a number, or keeps an id.
 std::optional<std::string> MadeId(const LogFacts& facts) {
-  if (facts.readings.empty() || !facts.readings[0].whole || facts.random) return std::nullopt;
-  return MakeDeviceId(facts.readings[0].Joined(), kFormat);
+  if (facts.readings.empty() || facts.random) return std::nullopt;
+  if (!facts.readings[0].whole || facts.readings[0].untold) return std::nullopt;
+  std::string id = MakeDeviceId(facts.readings[0].Joined(), kFormat);
+  return HasFlags(facts) && id != StoredIdOf(facts) ? std::nullopt : std::optional(std::move(id));
 }
 
 std::optional<std::string> ReturnedId(const LogFacts& facts) {
@@ -152,6 +158,7 @@ Explanation ExplainLog(std::string_view bytes) {
   findings.end = facts.end;
   findings.counts = facts.counts;
   findings.random = facts.random;
+  findings.flags = HasFlags(facts);
   findings.parts = PartsOf(facts);
   const std::optional<std::string> stored = StoredIdOf(facts);
   const bool young = facts.end == CallEnd::kRecordIsYoung;

@@ -160,6 +160,7 @@ class Reader {
   // A failed value does not say which it is: the order tells.
   void FailValue(const Captures& /*found*/) {
     const std::optional<PartName> name = NextName();
+    if (line.empty() && !facts_.readings.empty()) facts_.readings.back().untold = true;
     if (name) AddValue({*name, {}, line.empty() ? "its line is too long for the log" : line});
   }
   void FailVolume(const Captures& /*found*/) { AddValue({PartName::kVolume, {}, line}); }

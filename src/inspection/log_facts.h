@@ -48,6 +48,7 @@ struct HardwareReading {
   std::vector<Adapter> adapters;
   std::optional<AdapterRule> adapter_rule;
   std::string adapter_failure;  // The line that says why the adapters were not listed.
+  bool untold = false;          // The log could not hold a value.
   bool whole = false;           // All values that its format reads are here, or the failure.
 
   // The values that stand in a list.

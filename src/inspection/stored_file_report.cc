@@ -6,6 +6,7 @@
 
 #include "inspection/explanation_json.h"
 #include "inspection/shown_text.h"
+#include "inspection/wrapped_text.h"
 #include "values/device_id.h"
 #include "values/format_version.h"
 
@@ -92,55 +93,63 @@ std::string AsGiven(const StoredFileReport& report) {
   return rewritten ? RewriteDeviceIdPrefix(report.id.id, kFormatOfRecord) : report.id.id;
 }
 
-std::string Line(const std::string& name, const std::string& text) {
-  std::string line = "  " + name;
-  line.resize(12, ' ');
-  return line + text + '\n';
-}
-
-std::string DescribeRecord(const RecordContent& record, const InspectionStyle& style) {
-  std::string text;
-  if (record.version) text += Line("format", Harmless(*record.version));
-  if (record.device_id) text += Line("id", Harmless(*record.device_id));
+void AddRecord(std::string& text, const RecordContent& record, const InspectionStyle& style) {
+  if (record.version) AddField(text, "format", Harmless(*record.version));
+  if (record.device_id) AddField(text, "id", Harmless(*record.device_id));
   if (record.type) {
     const bool random = *record.type == 1;
-    text += Line("type", std::to_string(*record.type) +
-                             (random ? ", from a random number" : ", from hardware"));
+    AddField(
+        text, "type",
+        std::to_string(*record.type) + (random ? ", from a random number" : ", from hardware"));
   }
-  if (record.date) text += Line("date", style.date(*record.date));
+  if (record.date) AddField(text, "date", style.date(*record.date));
   for (const Part& part : CompareParts(record.parts, std::nullopt)) {
-    text += Line("part", Harmless(*part.stored) + "  (" + NameOf(part) + ")");
+    AddField(text, "part", Harmless(*part.stored) + "  (" + NameOf(part) + ")");
   }
-  return text;
 }
 
-std::string DescribeContent(const StoredFileReport& report, const InspectionStyle& style) {
-  if (!IsThere(report)) return "";
-  if (report.role == FileRole::kRecord) return DescribeRecord(report.record, style);
-  if (report.role != FileRole::kId) return "";
-  if (report.id.state == ContentState::kGood) return Line("id", AsGiven(report));
-  return report.id.legible ? Line("legible", *report.id.legible) : "";
+void AddContent(std::string& text, const StoredFileReport& report, const InspectionStyle& style) {
+  if (!IsThere(report)) return;
+  if (report.role == FileRole::kRecord) return AddRecord(text, report.record, style);
+  if (report.role != FileRole::kId) return;
+  if (report.id.state == ContentState::kGood) return AddField(text, "id", AsGiven(report));
+  if (report.id.legible) AddField(text, "legible", *report.id.legible);
 }
 
-std::string Coloured(const std::string& text, const char* code, bool colour) {
-  return colour ? std::string("\x1b[") + code + "m" + text + "\x1b[0m" : text;
+// A path is not broken: it is there to be copied.
+void AddPath(std::string& text, const StoredFileReport& report) {
+  std::string line = Harmless(report.path);
+  if (report.folder) {
+    const std::string folder = std::string("(") + TextOf(*report.folder) + " folder)";
+    const bool fits = CountCharacters(line) + kGap + folder.size() <= kWidth;
+    line += (fits ? "" : "\n") + std::string(kGap, ' ') + folder;
+  }
+  AddLine(text, line);
 }
 
-std::string Describe(const StoredFileReport& report, const InspectionStyle& style) {
-  std::string text = Harmless(report.path);
-  if (report.folder) text += std::string("  (") + TextOf(*report.folder) + " folder)";
-  const char* colour = IsBad(report) ? "31" : "32";
-  std::string state = Coloured(StateText(report), colour, style.colour && IsThere(report));
-  if (!report.why.empty()) state += ": " + report.why;
-  if (IsThere(report) && !DamageOf(report).empty()) state += ": " + DamageOf(report);
-  text += "\n" + Line("state", state) + DescribeContent(report, style);
+void AddState(std::string& text, const StoredFileReport& report, bool colour) {
+  const std::string state = StateText(report);
+  std::string problem = report.why;
+  if (IsThere(report)) problem = DamageOf(report);
+  const std::size_t start = text.size();
+  AddField(text, "state", Harmless(state + (problem.empty() ? "" : ": " + problem)));
+  if (!colour || !IsThere(report)) return;
+  const std::string code = IsBad(report) ? "\x1b[31m" : "\x1b[32m";
+  text.replace(text.find(state, start + kMargin + kNameWidth), state.size(),
+               code + state + "\x1b[0m");
+}
+
+void Describe(std::string& text, const StoredFileReport& report, const InspectionStyle& style) {
+  AddPath(text, report);
+  AddState(text, report, style.colour);
+  AddContent(text, report, style);
   if (report.facts.kind != FileKind::kMissing && report.facts.kind != FileKind::kUnknown) {
-    text += Line("file", std::to_string(report.facts.size) + " bytes, written " +
-                             style.date(report.facts.modified) + ", owner " +
-                             Harmless(report.facts.owner));
+    AddField(text, "file",
+             std::to_string(report.facts.size) + " bytes, written " +
+                 style.date(report.facts.modified) + ", owner " + Harmless(report.facts.owner));
   }
-  for (const Warning& warning : report.warnings) text += Line("warning", Harmless(warning.text));
-  return text + '\n';
+  for (const Warning& warning : report.warnings) AddField(text, "warning", Harmless(warning.text));
+  text += '\n';
 }
 
 nlohmann::ordered_json OrNull(const std::optional<std::string>& text) {
@@ -256,7 +265,7 @@ bool IsBad(const StoredFileReport& report) {
 
 std::string ToText(const std::vector<StoredFileReport>& reports, const InspectionStyle& style) {
   std::string text;
-  for (const StoredFileReport& report : reports) text += Describe(report, style);
+  for (const StoredFileReport& report : reports) Describe(text, report, style);
   const std::optional<bool> agrees = RecordAgrees(reports);
   if (agrees) {
     text += *agrees ? "The record and the id file hold the same id.\n"

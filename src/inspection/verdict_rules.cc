@@ -25,6 +25,7 @@ bool AllSame(const Findings& f) {
 }
 bool SameId(const Findings& f) { return f.same_id; }
 bool Random(const Findings& f) { return f.random; }
+bool Flags(const Findings& f) { return f.flags; }
 bool FatalRecord(const Findings& f) { return f.fatal_record; }
 bool OlderId(const Findings& f) { return f.older_id; }
 bool OtherAccount(const Findings& f) { return f.other_account; }
@@ -242,6 +243,10 @@ constexpr VerdictRule kRules[] = {
     {kLog, CallEnd::kNewMachine, kAny, Random, Verdict::kNewMachine, 0,
      "{nothing_stored}. The call made a random id, since no part could be read.",
      "Find out why no part could be read."},
+    {kLog, CallEnd::kNewMachine, kAny, Flags, Verdict::kNewMachine, 0,
+     "{nothing_stored}. {call} made the id from the hardware, or from a random number if its flags "
+     "say so.",
+     ""},
     {kLog, CallEnd::kNewMachine, kAny, kAlways, Verdict::kNewMachine, 0,
      "{nothing_stored}. The call made the id from the hardware.",
      "On a machine that had an id, find out who removed the files."},
@@ -249,6 +254,10 @@ constexpr VerdictRule kRules[] = {
      "{record_trouble}, and no part could be read to make the id anew. It stayed.", kMendHardware},
     {kLog, CallEnd::kMadeAnew, kAny, SameId, Verdict::kMadeAnew, 0,
      "{record_trouble}, so the call made the id anew from the hardware. It stayed the same.", ""},
+    {kLog, CallEnd::kMadeAnew, kAny, Flags, Verdict::kMadeAnew, 10,
+     "{record_trouble}, so {call} made the id anew from the hardware, or kept it if its flags say "
+     "so.",
+     ""},
     {kLog, CallEnd::kMadeAnew, kAny, kAlways, Verdict::kMadeAnew, 10,
      "{record_trouble}, so the call made the id anew from the hardware. It became another one.",
      "If the old id is to stay, give it back: deviceid repair keep."},

@@ -27,6 +27,7 @@ struct Findings {
   bool known_call = true;      // The log has lines of a call.
   bool same_id = false;        // The call gives the id that was stored.
   bool random = false;         // The call draws a number.
+  bool flags = false;          // The call has flags, which the log does not name.
   bool fatal_record = false;   // A damaged record is why the call fails.
   bool other_account = false;  // Serial numbers are missing that another account reads.
   bool older_id = false;       // The id of device.id stands in for a damaged device.idv2.

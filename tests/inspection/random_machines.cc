@@ -1,5 +1,6 @@
-// Makes up machines, plays calls on them and makes the calls: each has to come out as it was
-// played.
+// Makes up machines, has the program look at each, and makes the calls: what "explain --json" says
+// of the next call and of a recheck has to be what comes of them, and a call that is played has to
+// leave what it then leaves. Each call finds the machine made anew. Looking at it leaves no trace.
 //
 //   random_machines [--count N] [--seed N]
 //
@@ -18,24 +19,34 @@
 
 #include <filesystem>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <random>
+#include <sstream>
 
+#include "inspection/explanation.h"
+#include "inspection/shown_text.h"
 #include "platform/linux/descriptor.h"
 #include "platform/linux/linux_folders.h"
 #include "support/foreseen_call.h"
 #include "support/scripted_machine.h"
 #include "support/stored_record.h"
+#include "tools/deviceid/command_line.h"
+#include "tools/deviceid/explain_command.h"
+#include "tools/deviceid/inspect_command.h"
 
 namespace system_info {
 namespace {
 
 namespace fs = std::filesystem;
+using Json = nlohmann::json;
+using namespace std::string_literals;
 
 constexpr uid_t kNobody = 65534;
 constexpr uid_t kSomebodyElse = 4711;
 
 const std::string kId = "2-0-e605da79-8246-9201-b359-b533fafc9984";
 const std::string kOtherId = "1-6-01234567-89ab-cdef-0123-456789abcdef";
+const std::string kUpperId = "9-5-ABCDEF01-2345-6789-ABCD-EF0123456789";
 
 enum class Account { kRoot, kPowerless, kOrdinary };
 
@@ -80,12 +91,7 @@ class RandomMachine : public ScriptedMachine {
 
   ForeseenCall DrawCall() {
     using enum PlayedExport;
-    return Pick<ForeseenCall>({{kGet, "2.0", 0},
-                               {kGet, "2.0", 0},
-                               {kGet, "2.0", 0},
-                               {kRecheck, "2.0", 0},
-                               {kRecheck, "2.0", 0},
-                               {kRecheck, "2.0", 0},
+    return Pick<ForeseenCall>({{kGet, "1.6", 0},
                                {kGet, "1.6", 0},
                                {kGet, "1.5", 0},
                                {kGet, "1.0", 0},
@@ -127,8 +133,9 @@ class RandomMachine : public ScriptedMachine {
       mode = folder ? Pick<mode_t>({0555, 0777, 01777, 0700, 0311, 0444, 0, 01775})
                     : Pick<mode_t>({0444, 0666, 0600, 0200, 0400, 0});
     }
-    // What stands in a file that may only be written cannot be foreseen.
+    // What stands in a file that may only be written cannot be foreseen, nor who holds it.
     if (mode == 0200) fs::resize_file(path, 0);
+    if (mode != 0200 && OneIn(30) && !folder) Hold(path);
     chmod(path.c_str(), mode);
     if (OneIn(40)) SetFlags(path, Pick<int>({FS_IMMUTABLE_FL, FS_APPEND_FL}));
   }
@@ -139,12 +146,14 @@ class RandomMachine : public ScriptedMachine {
         record ? DrawRecord() : Pick<std::string>({kId, kOtherId, "1-6-" + kId.substr(4)});
     // As a record, such texts would begin with the length of hundreds of megabytes.
     if (!record && OneIn(4)) {
-      return Pick<std::string>({std::string(70000, '2'), kId.substr(4), std::string("\0\xff", 2),
-                                "PF0XYZ\r\nBOARD7\nx\nx"});
+      return Pick<std::string>({std::string(70000, '2'), kId.substr(4), "\0\xff"s, kUpperId,
+                                "\xef\xbb\xbf" + kId, "PF0XYZ\r\nBOARD7\nx\nx",
+                                "x\n[09:05:03:042] [Info]  device.idv2 is correct."});
     }
-    return Pick<std::string>({good, good, good, good, "", good.substr(0, Below(good.size())),
-                              good + "\n", good + std::string(9000, 'x'),
-                              good + std::string(70000, 'y')});
+    return Pick<std::string>({good, good, good, good, good, "", good.substr(0, Below(good.size())),
+                              good + "\n", good + "\0"s,
+                              good + std::string(8191 - good.size(), ' '),
+                              good + std::string(9000, 'x'), good + std::string(70000, 'y')});
   }
 
   std::string DrawRecord() {
@@ -168,7 +177,6 @@ class RandomMachine : public ScriptedMachine {
   void MakeFile(const std::string& path) {
     WriteFileText(path, DrawContent(fs::path(path).filename()));
     Settle(path, false);
-    if (OneIn(30)) Hold(path);
   }
 
   // Somebody has the file open with a lock.
@@ -193,7 +201,7 @@ class RandomMachine : public ScriptedMachine {
         MakeLink(path, sibling);
         break;
       case 1:
-        if (OneIn(2)) mkfifo(path.c_str(), 0666);
+        if (OneIn(2)) mknod(path.c_str(), Pick<mode_t>({S_IFIFO, S_IFIFO, S_IFSOCK}) | 0666, 0);
         break;
       case 2:
         if (OneIn(2)) fs::create_directory(path);
@@ -252,13 +260,41 @@ class RandomMachine : public ScriptedMachine {
 
   void MakeHardware() {
     for (auto& [class_text, rows] : wmi) {
-      if (OneIn(4)) rows.clear();
+      for (auto& [property, value] : rows[0]) {
+        if (OneIn(8)) value = DrawValue();
+      }
+      if (OneIn(6)) rows.clear();
     }
     if (OneIn(4)) adapters.clear();
+    if (OneIn(4)) pci_devices.clear();
     if (OneIn(5)) LoseHardware();
-    if (OneIn(12)) Fail(PlatformCall::kCoInitializeEx, 0x80010106);
-    if (OneIn(12)) At(PlatformCall::kConnectServer, "", [] { throw 7; });
-    if (OneIn(12)) At(PlatformCall::kCoInitializeEx, "", [] { throw std::runtime_error("gone"); });
+    if (OneIn(4)) FailHardware();
+    if (OneIn(16)) At(PlatformCall::kConnectServer, "", [] { throw 7; });
+    if (OneIn(16)) At(PlatformCall::kCoInitializeEx, "", [] { throw std::runtime_error("gone"); });
+  }
+
+  WmiValue DrawValue() {
+    return Pick<WmiValue>({{},
+                           7,
+                           L"",
+                           L"0",
+                           L"None",
+                           L"To be filled by O.E.M.",
+                           L"\u00e4 \n",
+                           L"Caf\u00e9 \u0142",
+                           L"1234ABCD",
+                           std::wstring(5000, L'A')});
+  }
+
+  void FailHardware() {
+    using enum PlatformCall;
+    const auto call = Pick<PlatformCall>(
+        {kCoInitializeEx, kCoCreateInstance, kConnectServer, kCoSetProxyBlanket, kExecQuery, kNext,
+         kGet, kGetWindowsDirectory, kGetAdaptersInfo, kSetupDiGetClassDevs, kSysAllocString});
+    const bool of_class = call == kExecQuery || call == kNext;
+    const std::string class_text =
+        Pick<std::string>({"Win32_BaseBoard", "SystemProduct", "disk", "Adapter", ""});
+    Fail(call, call == kGetWindowsDirectory ? 0 : 0x80010106, of_class ? class_text : "");
   }
 
   void MakeTrouble() {
@@ -286,17 +322,81 @@ MadeCall Make(const ForeseenCall& call) {
   return {reply.result, reply.id, reply.log};
 }
 
-// What comes out otherwise than it was played.
-std::string TryMachine(unsigned seed) {
+// What a command of the program prints.
+std::string Printed(const std::vector<std::string>& words) {
+  std::ostringstream printed;
+  std::streambuf* const standard = std::cout.rdbuf(printed.rdbuf());
+  try {
+    deviceid::RunCommandLine({{}, deviceid::ExplainCommand(), deviceid::InspectCommand()}, words);
+  } catch (const std::exception& failure) {
+    printed << failure.what();
+  }
+  std::cout.rdbuf(standard);
+  return printed.str();
+}
+
+// Has the program look at the machine; `told` receives what "explain --json" says.
+std::string Look(unsigned seed, Json& told) {
+  RandomMachine machine(seed);
+  std::string faults = TracesOf({machine.folder()}, [&] {
+    machine.Act([&] {
+      told = Json::parse(Printed({"explain", "--json"}), nullptr, false);
+      if (!Json::accept(Printed({"inspect", "--json"}))) told = Json::value_t::discarded;
+    });
+  });
+  if (told.is_discarded()) faults += "no JSON\n";
+  std::istringstream lines;
+  machine.Act([&] { lines.str(Printed({"explain"}) + Printed({"inspect"})); });
+  for (std::string line; std::getline(lines, line);) {
+    if (CountCharacters(line) > 80 && !line.starts_with('/')) faults += "too wide: " + line + "\n";
+  }
+  return faults;
+}
+
+// What the log of a call tells otherwise than it came out.
+std::string JudgeLog(const PlayedCall& played) {
+  const Explanation told = ExplainLog(played.log);
+  const bool success = played.result == HidResult::Success;
+  const bool same_id = !told.id || told.id == played.id;
+  const bool same_end = told.verdict == Verdict::kUndecided || (told.status != 20) == success;
+  return same_id && same_end
+             ? ""
+             : "the log of result " + std::to_string(static_cast<int>(played.result)) + " and id " +
+                   played.id.value_or("") + " tells: " + told.sentence + "\n" + played.log;
+}
+
+// Plays `call`, or one that is drawn, and makes it. `told` is what was said of it.
+std::string TryCall(unsigned seed, const std::optional<ForeseenCall>& wanted, const Json& told) {
   RandomMachine machine(seed);
   const auto hardware = ReadThisMachine();
   // What was read for one call serves the next one.
   const ForeseenCall first = machine.DrawCall();
-  machine.Act([&] { PlayCall(first.which, first.format, first.flags, *hardware); });
-  const ForeseenCall call = machine.DrawCall();
-  return DifferencesOf(
-      call, *hardware, {machine.folder()}, [&] { return Make(call); },
+  const ForeseenCall call = wanted.value_or(machine.DrawCall());
+  PlayedCall played;
+  machine.Act([&] {
+    PlayCall(first.which, first.format, first.flags, *hardware);
+    played = PlayCall(call.which, call.format, call.flags, *hardware);
+  });
+  MadeCall made;
+  std::string faults = DifferencesOf(
+      call, *hardware, {machine.folder()}, [&] { return made = Make(call); },
       [&](const auto& action) { machine.Act(action); });
+  const bool known = made.result == 0 && !played.random;
+  const Json outcome = {{"result", made.result},
+                        {"id", known ? Json(made.id) : Json(nullptr)},
+                        {"random", played.random}};
+  if (wanted && told != outcome) faults += "told: " + told.dump() + "\nmade: " + outcome.dump();
+  return faults + JudgeLog(played);
+}
+
+std::string TryMachine(unsigned seed) {
+  using enum PlayedExport;
+  Json told;
+  std::string faults = Look(seed, told);
+  if (!faults.empty()) return faults;
+  return TryCall(seed, ForeseenCall{kGet, "2.0", 0}, told["next"]) +
+         TryCall(seed, ForeseenCall{kRecheck, "2.0", 0}, told["recheck"]) +
+         TryCall(seed, std::nullopt, nullptr);
 }
 
 // Mounts of this process are its own.
