@@ -63,6 +63,8 @@ class Reader {
   // The line is the last one of the log, which may have been cut within it.
   bool last = false;
   bool is_error = false;
+  // The line lacks its end, since a character before that has no narrow form.
+  bool line_is_cut = false;
 
   LogFacts Finish() {
     if (!facts_.end) facts_.end = EndWithoutLine();
@@ -168,7 +170,7 @@ class Reader {
     for (const ValueLine& value : kValueLines) {
       if (value.property != found[0] || !found[1].starts_with(value.class_start)) continue;
       if (value.name == PartName::kNetwork && Adapters()) TakeRule(AdapterRule::kAskedWmi);
-      AddValue({value.name, found[2], {}});
+      AddValue({value.name, found[2], {}, line_is_cut});
     }
   }
   // "Unexpected error in <>" and "Error in <>: <>", of a reader or of the whole call.
@@ -415,7 +417,10 @@ std::vector<NamedValue> HardwareReading::Listed() const {
 
 std::string HardwareReading::Joined() const {
   std::string joined;
-  for (const ReadValue& value : values) joined += value.text;
+  for (const ReadValue& value : values) {
+    joined += value.text;
+    if (value.cut) break;
+  }
   return failure.empty() ? joined : std::string();
 }
 
@@ -432,8 +437,10 @@ LogFacts ReadLogFacts(std::string_view log) {
     reader.line = entry.message;
     reader.last = &entry == &entries.back();
     reader.is_error = entry.level == "Error";
+    reader.line_is_cut = entry.message.starts_with("WMI property ") && entry.message.back() != '"';
+    const std::string message = entry.message + (reader.line_is_cut ? "\"" : "");
     for (const Rule& rule : kRules) {
-      const auto found = MatchLogText(rule.text, entry.message);
+      const auto found = MatchLogText(rule.text, message);
       if (!found) continue;
       // What varies in a line may go on where the log was cut.
       if (!reader.last || last_is_whole || found->empty()) (reader.*rule.tell)(*found);

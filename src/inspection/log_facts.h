@@ -33,6 +33,7 @@ struct ReadValue {
   PartName name;
   std::string text;     // Empty if there is none.
   std::string failure;  // The line in place of a value.
+  bool cut = false;     // A character of it has no form in the narrow text of the library.
 };
 
 struct Adapter {
