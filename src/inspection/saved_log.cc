@@ -5,6 +5,7 @@
 
 #include "inspection/log_entries.h"
 #include "inspection/shown_text.h"
+#include "values/device_id.h"
 
 namespace system_info {
 namespace {
@@ -45,12 +46,23 @@ std::string WithLineFeeds(std::string_view text, std::string_view line_end) {
   }
 }
 
+// Who sends both outputs of the program to one place has the id, or a complaint, behind the log.
+std::string WithoutOutput(std::string log) {
+  while (log.ends_with('\n')) {
+    const std::size_t start = log.rfind('\n', log.size() - 2) + 1;
+    const std::string line = log.substr(start, log.size() - start - 1);
+    if (!IsValidDeviceId(line) && !line.starts_with("deviceid: ")) break;
+    log.erase(start);
+  }
+  return log;
+}
+
 }  // namespace
 
 std::string RestoreLog(std::string_view bytes) {
   const std::string text = FromUtf16(bytes).value_or(std::string(WithoutByteOrderMark(bytes)));
   const std::string log = WithLineFeeds(WithoutLeftovers(text), "\r\n");
-  return log.find('\n') == std::string::npos ? WithLineFeeds(log, "\r") : log;
+  return WithoutOutput(log.find('\n') == std::string::npos ? WithLineFeeds(log, "\r") : log);
 }
 
 }  // namespace system_info
