@@ -31,11 +31,12 @@ constexpr const char* kFooter =
   deviceid --format 1.5 --log      the values that an id is made of
   deviceid explain                 why the id is what it is, and what comes next
 
-Without a command the program makes the call that a host makes: it may store an id, and says so in
-one line on standard error. Only --no-store never writes.
+Without a command the program makes the call that a host makes: it may store an
+id, and says so in one line on standard error. Only --no-store never writes.
 
-Exit status: the result of the library, 0 for an id; 2 wrong usage; 69 no such library; 74 output
-cannot be written; 75 another account would lose its id (see --yes).)";
+Exit status: the result of the library, 0 for an id; 2 wrong usage; 69 no such
+library; 74 output cannot be written; 75 another account would lose its id (see
+--yes).)";
 
 struct Arguments {
   std::string format = "2.0";
@@ -91,7 +92,7 @@ std::uint32_t FlagBit(const std::string& name) {
     if (SameWord(name, flag.name)) return flag.bit;
     names.emplace_back(flag.name);
   }
-  throw Failure(kWrongUsage, "there is no flag \"" + name + "\"" + Suggestion(name, names));
+  throw Failure(kWrongUsage, "there is no flag \"" + name + "\"" + SuggestionOrAll(name, names));
 }
 
 std::uint32_t FlagBits(const Arguments& arguments) {
@@ -183,7 +184,7 @@ void ComplainOfResult(const std::string& format, const Answer& answer) {
   std::string line = std::string(text.name) + " (" + std::to_string(answer.result) +
                      "): " + text.meaning + " \"" + format + "\"";
   if (answer.result == DEVICEID_UNSUPPORTED_VERSION) {
-    line += Suggestion(
+    line += SuggestionOrAll(
         format, {system_info::SupportedVersions.begin(), system_info::SupportedVersions.end()});
   }
   const bool has_reason = !answer.entries.empty() && answer.entries.back().level == "Error";

@@ -2,9 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <iostream>
+#include <sstream>
 #include <type_traits>
 
 #include "deviceid.h"
+#include "inspection/wrapped_text.h"
 #include "tools/deviceid/output.h"
 
 namespace deviceid {
@@ -70,6 +73,22 @@ std::vector<std::string> NamesLike(const std::string& word, const std::vector<Co
   throw Failure(kWrongUsage, error.what() + hint);
 }
 
+// `help` in lines of 80 columns. What is told of an option goes on below where it began.
+std::string Fitted(const std::string& help) {
+  constexpr std::size_t kTold = 30;
+  std::string fitted;
+  std::istringstream lines(help);
+  for (std::string line; std::getline(lines, line);) {
+    while (line.size() > system_info::kWidth) {
+      const std::size_t blank = line.rfind(' ', system_info::kWidth);
+      system_info::AddLine(fitted, line.substr(0, blank));
+      line.replace(0, blank + 1, std::string(kTold, ' '));
+    }
+    system_info::AddLine(fitted, line);
+  }
+  return fitted;
+}
+
 // Options of the call without a command say nothing to the others.
 void RefuseOptionsBefore(const Command& command, const CLI::App& app) {
   for (const CLI::Option* option : app.get_options()) {
@@ -102,7 +121,9 @@ int RunCommandLine(const std::vector<Command>& commands, const std::vector<std::
   try {
     app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::Success& request) {
-    app.exit(request);  // prints the help or the version
+    std::ostringstream text;  // The help or the version.
+    app.exit(request, text, text);
+    std::cout << Fitted(text.str());
     return FinishOutput(kGood);
   } catch (const CLI::ParseError& error) {
     RefuseCommandLine(words, commands, error);

@@ -20,17 +20,19 @@ namespace {
 using system_info::Explanation;
 
 constexpr const char* kFooter =
-    R"(PATH is a kept copy of a state folder, a log that a host kept, or - for a log on standard input.
+    R"(PATH is a kept copy of a state folder, a log that a host kept, or - for a log on
+standard input.
 
 Examples:
   deviceid explain                            this PC
-  deviceid explain --against ~/deviceid.kept  this PC, beside a kept copy of the folder
+  deviceid explain --against ~/deviceid.kept  this PC, beside a copy of the folder
   deviceid explain host.log                   the call that wrote this log
 
 Writes nothing.
 
-Exit status: 0 the id stays; 10 it changes, or will; 20 there is no id; 2 wrong usage; 65 neither a log
-nor a state folder; 66 no such file; 74 output cannot be written; 77 no rights.)";
+Exit status: 0 the id stays; 10 it changes, or will; 20 there is no id; 2 wrong
+usage; 65 neither a log nor a state folder; 66 no such file; 74 output cannot be
+written; 77 no rights.)";
 
 struct Arguments {
   std::string format = "2.0";
@@ -80,6 +82,7 @@ Explanation ExplainKeptFolder(const std::filesystem::path& path, const Arguments
 Explanation Explain(const Arguments& arguments) {
   if (!arguments.path) return ExplainThisMachine(arguments);
   const std::string& name = *arguments.path;
+  if (name.empty()) throw Failure(kWrongUsage, "PATH is empty");
   const auto path = system_info::FromUtf8(name);
   std::error_code failure;
   const bool folder = name != "-" && std::filesystem::is_directory(path, failure);

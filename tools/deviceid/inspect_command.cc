@@ -25,7 +25,8 @@ constexpr const char* kFileNames[] = {"device.idv2", "device.id", "hid_settings"
                                       "hardware_ids.emulated"};
 
 constexpr const char* kFooter =
-    R"(PATH is a stored file, or a folder that holds some; without one, the files of this PC are shown.
+    R"(PATH is a stored file, or a folder that holds some; without one, the files of
+this PC are shown.
 
 Examples:
   deviceid inspect
@@ -33,8 +34,9 @@ Examples:
 
 Writes nothing.
 
-Exit status: 0 all files are good; 10 one is damaged, or they do not agree; 2 wrong usage; 65 a folder
-without stored files; 66 no such file; 74 output cannot be written; 77 no rights.)";
+Exit status: 0 all files are good; 10 one is damaged, or they do not agree; 2
+wrong usage; 65 a folder without stored files; 66 no such file; 74 output cannot
+be written; 77 no rights.)";
 
 struct Arguments {
   std::vector<std::string> paths;
@@ -85,6 +87,8 @@ FileRole GuessRole(const std::filesystem::path& path) {
 }
 
 std::vector<StoredFileReport> ReportOnPath(const std::string& name) {
+  if (name.empty()) throw Failure(kWrongUsage, "PATH is empty");
+  if (name == "-") throw Failure(kWrongUsage, "inspect reads files, not standard input");
   const auto path = system_info::FromUtf8(name);
   std::error_code failure;
   if (std::filesystem::is_directory(path, failure)) {

@@ -48,8 +48,8 @@ void Pretend(const std::vector<FileChange>& changes, std::vector<StateFolder>& f
 void CheckFormat(const std::string& format) {
   if (system_info::IsSupportedVersion(format)) return;
   throw Failure(kWrongUsage, "the library knows no format \"" + format + "\"" +
-                                 Suggestion(format, {system_info::SupportedVersions.begin(),
-                                                     system_info::SupportedVersions.end()}));
+                                 SuggestionOrAll(format, {system_info::SupportedVersions.begin(),
+                                                          system_info::SupportedVersions.end()}));
 }
 
 system_info::MachineState LookAtMachine(const std::string& format,

@@ -47,9 +47,11 @@ void Complain(const std::string& text) {
 }
 
 int FinishOutput(int status) {
-  if (std::cout.flush()) return status;
-  Complain("cannot write to standard output");
-  return kWriteFailed;
+  if (!std::cout.flush()) {
+    Complain("cannot write to standard output");
+    return kWriteFailed;
+  }
+  return std::cerr.flush() ? status : kWriteFailed;
 }
 
 bool WantsColour() {
@@ -61,16 +63,26 @@ bool WantsColour() {
 
 std::string Suggestion(const std::string& word, const std::vector<std::string>& names) {
   const std::string* nearest = nullptr;
+  bool unsure = false;
   std::size_t least = std::max<std::size_t>(word.size() / 3, 2) + 2;
   for (const std::string& name : names) {
     // What a name begins with is nearer to it than any misspelling.
     const bool begins = !word.empty() && Folded(name).rfind(Folded(word), 0) == 0;
     const std::size_t distance = begins ? 1 : EditDistance(Folded(word), Folded(name)) + 1;
-    if (distance >= least || distance >= name.size()) continue;
+    if (distance > least || distance >= name.size()) continue;
+    unsure = distance == least && nearest != nullptr && *nearest != name;
+    if (distance == least && nearest == nullptr) continue;
     least = distance;
     nearest = &name;
   }
-  return nearest == nullptr ? "" : ", did you mean \"" + *nearest + "\"?";
+  return nearest == nullptr || unsure ? "" : ", did you mean \"" + *nearest + "\"?";
+}
+
+std::string SuggestionOrAll(const std::string& word, const std::vector<std::string>& names) {
+  std::string text = Suggestion(word, names);
+  if (!text.empty()) return text;
+  for (const std::string& name : names) text += (text.empty() ? "; there are " : ", ") + name;
+  return text;
 }
 
 }  // namespace deviceid

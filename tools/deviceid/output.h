@@ -21,7 +21,7 @@ enum Status : int {
   kPutBack = 71,       // A repair came out otherwise than announced; all is as before.
   kBusy = 72,          // Another repair is running, or the files changed meanwhile.
   kHalfDone = 73,      // A repair stopped, and its backup has to be brought back by hand.
-  kWriteFailed = 74,   // Standard output, or a backup, cannot be written.
+  kWriteFailed = 74,   // Output, or a backup, cannot be written.
   kNeedsConsent = 75,  // Only with --yes.
   kRefused = 76,       // A repair that there is no need or no way for.
   kNoRights = 77,      // A file or folder that this account may not read.
@@ -40,7 +40,8 @@ class Failure : public std::runtime_error {
 // One line on standard error, whatever `text` holds.
 void Complain(const std::string& text);
 
-// Returns `status` if all of standard output has arrived, else complains and returns kWriteFailed.
+// Returns `status` if all output has arrived, else complains as far as it can and returns
+// kWriteFailed.
 int FinishOutput(int status);
 
 // True if standard output is a terminal that shows colours and the user has not turned them off
@@ -48,8 +49,11 @@ int FinishOutput(int status);
 bool WantsColour();
 
 // One of `names` that `word` was probably meant to be, for a complaint: `, did you mean
-// "--format"?`. Empty if nothing is near enough.
+// "--format"?`. Empty if nothing is near enough, or several are equally near.
 std::string Suggestion(const std::string& word, const std::vector<std::string>& names);
+
+// The same, or all of `names` if none is the nearest: "; there are 1.5, 1.6, 2.0".
+std::string SuggestionOrAll(const std::string& word, const std::vector<std::string>& names);
 
 }  // namespace deviceid
 

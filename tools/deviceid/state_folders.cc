@@ -51,14 +51,17 @@ bool HoldsStoredFiles(const StateFolder& folder) {
 StoredFile ReadStoredFile(const std::filesystem::path& path) {
   const system_info::FileAttributes facts = system_info::LookAtFile(path);
   if (facts.foreign_link) {
-    return {StoredFile::State::kUnreadable, "",
+    return {StoredFile::State::kUnreadable, "", 0,
             "a link of the account " + facts.owner + " stands in its place"};
   }
   auto bytes = system_info::ReadBytes(path, kLargestStoredFile);
-  if (bytes) return {StoredFile::State::kRead, *std::move(bytes), ""};
+  if (bytes) {
+    const std::uint64_t unread = facts.size > bytes->size() ? facts.size - bytes->size() : 0;
+    return {StoredFile::State::kRead, *std::move(bytes), unread, ""};
+  }
   const int error = errno;
   if (error == ENOENT || error == ENOTDIR) return {};
-  return {StoredFile::State::kUnreadable, "", WhyUnreadable(error)};
+  return {StoredFile::State::kUnreadable, "", 0, WhyUnreadable(error)};
 }
 
 std::vector<StateFolder> ReadStateFolders() {
