@@ -385,17 +385,17 @@ TEST_F(ExplanationTest, WarnsOfWhatMayBecomeAProblem) {
   WriteFileText(pc.Common("hid_settings"), ReadFileText(pc.Common("hid_settings")) + "x");
   pc.pci_devices.clear();
   EXPECT_EQ(Warnings(Explain()),
-            "respelled shared-value shared-value trailing-bytes adapter-choice "
+            "respelled doubtful-part doubtful-part trailing-bytes adapter-choice "
             "future-record ");
   fs::remove(pc.Common("hid_settings"));
   pc.Fail(PlatformCall::kCreateFile, 5, "common");
-  EXPECT_EQ(Warnings(ExplainCall()), "shared-value shared-value adapter-choice own-id ");
+  EXPECT_EQ(Warnings(ExplainCall()), "doubtful-part doubtful-part adapter-choice own-id ");
   pc.Fail(PlatformCall::kCreateFile, 5);
   pc.Fail(PlatformCall::kCreateDirectory, 5, "user");
   fs::remove_all(fs::path(pc.User("")).parent_path());
   WriteFileText(pc.OldUser("device.id"), Stored(kId));
   EXPECT_EQ(Warnings(ExplainCall()),
-            "shared-value shared-value adapter-choice id-not-stored not-carried-over ");
+            "doubtful-part doubtful-part adapter-choice id-not-stored not-carried-over ");
 }
 
 TEST_F(ExplanationTest, IsReadByPeople) {

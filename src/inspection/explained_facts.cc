@@ -32,6 +32,15 @@ std::string ReadingFailureOf(const LogFacts& facts) {
   return facts.readings.empty() ? std::string() : facts.readings.back().failure;
 }
 
+std::string MendingOf(const LogFacts& facts) {
+  const std::string failure = ReadingFailureOf(facts);
+  if (failure.starts_with("Fail to initialize COM")) {
+    return "Call from a thread of its own, which has not set up COM.";
+  }
+  if (!failure.empty()) return "Mend WMI on this PC, which lists the hardware, and call again.";
+  return "Find out what keeps the hardware from being read.";
+}
+
 std::vector<NamedValue> AllValuesOf(const LogFacts& facts) {
   std::vector<NamedValue> values;
   if (facts.readings.empty()) return values;

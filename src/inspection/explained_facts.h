@@ -20,6 +20,9 @@ std::optional<std::string> StoredIdOf(const LogFacts& facts);
 // Why the last reading gave nothing.
 std::string ReadingFailureOf(const LogFacts& facts);
 
+// What to do about that.
+std::string MendingOf(const LogFacts& facts);
+
 // All values of the last reading that are there.
 std::vector<NamedValue> AllValuesOf(const LogFacts& facts);
 

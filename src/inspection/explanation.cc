@@ -155,6 +155,7 @@ Explanation ExplainMachine(const MachineState& machine) {
                     {"id_folder", explanation.id_folder},
                     {"new_id", deciding.random ? "a random id" : "a new id"},
                     {"reading_failure", ReadingFailureOf(explanation.due ? next : recheck)},
+                    {"mend_hardware", MendingOf(explanation.due ? next : recheck)},
                     {"failure", DescribeFailure(static_cast<int>(deciding.result),
                                                 explanation.due ? next : recheck)}};
   DescribeRecord(explanation.record, findings);
@@ -166,6 +167,7 @@ Explanation ExplainMachine(const MachineState& machine) {
   DescribeComparison(findings);
 
   Decide(findings, explanation);
+  explanation.older_id = findings.older_id;
   explanation.parts = findings.parts;
   TellCounts(findings.counts, explanation);
   if (findings.other_account && !machine.administrator) {
@@ -210,6 +212,7 @@ Explanation ExplainFolder(const StateFolder& folder) {
   DescribeFiles(folders, findings);
 
   Decide(findings, explanation);
+  explanation.older_id = findings.older_id;
   explanation.parts = findings.parts;
   WarnOfParts(explanation.parts, explanation.warnings);
   WarnOfFiles(folders, explanation.warnings);

@@ -23,8 +23,9 @@ namespace system_info {
 struct StoredFile {
   enum class State { kMissing, kRead, kUnreadable };
   State state = State::kMissing;
-  std::string bytes;  // Of an id file at least the first 8192, of a record all.
-  std::string why;    // If unreadable: "permission denied", "a folder stands in its place".
+  std::string bytes;         // Of an id file at least the first 8192, of a record all.
+  std::uint64_t unread = 0;  // More bytes behind those.
+  std::string why;           // If unreadable: "permission denied", "a folder stands in its place".
 };
 
 struct StateFolder {
@@ -93,7 +94,7 @@ struct RecordSummary {
   std::string id;
   std::string format;
   std::vector<std::string> parts;
-  std::size_t trailing_bytes = 0;
+  std::uint64_t trailing_bytes = 0;
 };
 
 struct Warning {
@@ -130,7 +131,8 @@ struct Explanation {
   // For people.
   std::string id_folder;  // Where the id is stored, or empty.
   StateFolder::Kind id_folder_kind = StateFolder::Kind::kCommon;
-  bool due = false;  // The next call compares.
+  bool due = false;       // The next call compares.
+  bool older_id = false;  // The id of device.id stands in for a damaged device.idv2.
 };
 
 // What the calls on this machine would do.

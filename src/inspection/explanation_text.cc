@@ -25,9 +25,9 @@ std::string Coloured(const std::string& text, const char* colour, bool wanted) {
   return wanted ? colour + text + kPlain : text;
 }
 
-const char* ColourOf(int status) {
-  if (status == 0) return kGreen;
-  return status < 20 ? kYellow : kRed;
+const char* ColourOf(const Explanation& explanation) {
+  if (explanation.status == 0 && !explanation.older_id) return kGreen;
+  return explanation.status < 20 ? kYellow : kRed;
 }
 
 // One value in its column, which does not break at blanks.
@@ -135,15 +135,18 @@ std::string DescribeNext(const Explanation& explanation, const TextStyle& style)
   return text.empty() ? "the same id" : text;
 }
 
-std::string Quoted(const std::optional<std::string>& text) {
-  return text ? "\"" + *text + "\"" : "nothing";
+std::string DescribeDifference(const Difference& difference) {
+  return difference.what + ": " + difference.kept.value_or("nothing") + " in the copy, " +
+         difference.present.value_or("nothing") + " here";
 }
 
 }  // namespace
 
 std::string ToText(const Explanation& explanation, const TextStyle& style) {
-  const std::string label = LabelOf(explanation.verdict, explanation.status);
-  std::string text = Coloured(label, ColourOf(explanation.status), style.colour);
+  const bool older_id = explanation.older_id && explanation.status == 0;
+  const std::string label =
+      older_id ? "OLDER ID" : LabelOf(explanation.verdict, explanation.status);
+  std::string text = Coloured(label, ColourOf(explanation), style.colour);
   const std::size_t column = label.size() + kGap;
   std::string start(kGap, ' ');
   for (const std::string& line : Wrap(Harmless(explanation.sentence), kWidth - column)) {
@@ -159,9 +162,7 @@ std::string ToText(const Explanation& explanation, const TextStyle& style) {
   if (explanation.next) AddField(text, "next", Harmless(DescribeNext(explanation, style)));
   AddField(text, "do", Harmless(explanation.advice.empty() ? "nothing" : explanation.advice));
   for (const Difference& difference : explanation.against.value_or(std::vector<Difference>())) {
-    AddField(text, "differs",
-             Harmless(difference.what + " was " + Quoted(difference.kept) + " and is " +
-                      Quoted(difference.present)));
+    AddField(text, "differs", Harmless(DescribeDifference(difference)));
   }
   for (const Warning& warning : explanation.warnings)
     AddField(text, "note", Harmless(warning.text));

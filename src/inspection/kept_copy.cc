@@ -38,7 +38,8 @@ std::optional<std::string> DescribeRecord(const StoredFile& file) {
   if (file.state == StoredFile::State::kMissing) return std::nullopt;
   const RecordContent content = DecodeRecord(file.bytes);
   if (content.state != ContentState::kGood) return TextOf(content.state);
-  return "of " + *content.device_id + ", " + std::to_string(content.parts.size()) + " parts";
+  return "of " + *content.device_id + ", " + std::to_string(content.parts.size()) +
+         (content.parts.size() == 1 ? " part" : " parts");
 }
 
 // The first copy that is there counts, as for a call.

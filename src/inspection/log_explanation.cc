@@ -171,12 +171,14 @@ Explanation ExplainLog(std::string_view bytes) {
                     {"failure", DescribeFailure(facts)},
                     {"reason", facts.failure.value_or("")},
                     {"reading_failure", ReadingFailureOf(facts)},
+                    {"mend_hardware", MendingOf(facts)},
                     {"new_id", std::string(facts.random ? "a random id" : "a new id") +
                                    (stored ? " in place of " + *stored : "")}};
   DescribeSearches(facts, findings);
   DescribeComparison(findings);
 
   Decide(findings, explanation);
+  explanation.older_id = findings.older_id;
   explanation.parts = findings.parts;
   TellCounts(facts.counts, explanation);
   WarnOfLog(facts, explanation.warnings);

@@ -56,6 +56,8 @@ std::optional<Number> ToNumber(const std::string& text) {
 }
 
 // Reads the lines of one call. A method is what one kind of line tells.
+struct Rule;
+
 class Reader {
  public:
   // The line that is read now, as it stands.
@@ -65,6 +67,10 @@ class Reader {
   bool is_error = false;
   // The line lacks its end, since a character before that has no narrow form.
   bool line_is_cut = false;
+
+  // False in the text of an id file that is no id: it can hold lines of a log. Two kinds of lines
+  // end it.
+  bool Believes(const Rule& rule) const;
 
   LogFacts Finish() {
     if (!facts_.end) facts_.end = EndWithoutLine();
@@ -114,6 +120,7 @@ class Reader {
   void IdIsBad(const Captures& /*found*/) { facts_.id.good = false; }
   void SearchIsBad(const Captures& /*found*/) {
     if (search_ != nullptr) search_->good = false;
+    in_text_ = false;
   }
   template <Place place>
   void FindText(const Captures& found) {
@@ -122,6 +129,7 @@ class Reader {
     EndCarryOvers();
     search_->place = place;
     search_->text = found[0];
+    in_text_ = !IsValidDeviceId(found[0]);
     searching_ = false;
     // Format 1.6 has no line for a good id; in format 2.0 one follows.
     if (format_ < HidFormatVersion(2, 0) && IsValidDeviceId(found[0])) search_->good = true;
@@ -146,7 +154,6 @@ class Reader {
 
   template <bool read>
   void ReadRecord(const Captures& /*found*/) {
-    facts_.end.reset();  // What told an end until now was the text of an id file.
     facts_.record_read = read;
   }
 
@@ -309,6 +316,7 @@ class Reader {
   HidFormatVersion format_{2, 0};
   IdSearch* search_ = nullptr;
   bool searching_ = false;
+  bool in_text_ = false;
   bool comparison_due_ = false;
   std::string write_error_;
 };
@@ -396,6 +404,10 @@ constexpr Rule kRules[] = {
     {"<> is not supported with version <>", &Reader::Refuse},
 };
 
+bool Reader::Believes(const Rule& rule) const {
+  return !in_text_ || rule.tell == &Reader::SearchIsBad || rule.tell == &Reader::Begin;
+}
+
 // True if the last of `entries` ends where its line does.
 bool IsWhole(std::string_view log, const std::vector<LogEntry>& entries) {
   const auto lines = ParseLog(log.substr(0, log.rfind('\n') + 1));
@@ -441,7 +453,7 @@ LogFacts ReadLogFacts(std::string_view log) {
     const std::string message = entry.message + (reader.line_is_cut ? "\"" : "");
     for (const Rule& rule : kRules) {
       const auto found = MatchLogText(rule.text, message);
-      if (!found) continue;
+      if (!found || !reader.Believes(rule)) continue;
       // What varies in a line may go on where the log was cut.
       if (!reader.last || last_is_whole || found->empty()) (reader.*rule.tell)(*found);
       break;

@@ -27,7 +27,7 @@ RecordSummary Summarize(const RecordContent& content, const StateFolder& folder)
   record.id = *content.device_id;
   record.format = *content.version;
   record.parts = content.parts;
-  record.trailing_bytes = content.trailing_bytes;
+  record.trailing_bytes = content.trailing_bytes + folder.record.unread;
   return record;
 }
 

@@ -52,7 +52,7 @@ struct RecordContent {
   std::string damaged_field;  // "length of the version"
   std::string damage;         // "it ends in its length of the version"
   std::string failure;        // If fatal: the reason as the log tells it.
-  std::size_t trailing_bytes = 0;
+  std::uint64_t trailing_bytes = 0;
 };
 RecordContent DecodeRecord(std::string_view bytes);
 

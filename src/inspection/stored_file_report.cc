@@ -219,6 +219,7 @@ StoredFileReport ReportOn(FileRole role, const std::string& path, const FileAttr
   if (IsThere(report) && role == FileRole::kId) report.id = JudgeIdBytes(file.bytes);
   if (IsThere(report) && role == FileRole::kRecord) {
     report.record = DecodeRecord(file.bytes);
+    if (report.record.trailing_bytes > 0) report.record.trailing_bytes += file.unread;
     WarnOfParts(report);
   }
   WarnOfFile(report);

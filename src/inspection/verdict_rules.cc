@@ -60,8 +60,7 @@ constexpr const char* kBeginAnew =
     "The record holds no id, either. To begin anew: deviceid repair anew.";
 constexpr const char* kMoveRecord =
     "Give the old id back with deviceid repair keep, or begin anew with deviceid repair anew.";
-constexpr const char* kMendHardware =
-    "Mend what keeps the hardware from being read, and call from a thread that has not set up COM.";
+constexpr const char* kMendHardware = "{mend_hardware}";
 constexpr const char* kPutRecordBack =
     "If the id is to stay, give it a record before the next call: deviceid repair keep. An id "
     "alone "

@@ -43,7 +43,8 @@ void WarnOfRecord(const StoredFile& file, const std::string& name, std::vector<W
                                                    : ". The next call removes it.")});
   }
   if (content.trailing_bytes > 0) {
-    warnings.push_back({"trailing-bytes", name + " has " + std::to_string(content.trailing_bytes) +
+    const std::uint64_t trailing_bytes = content.trailing_bytes + file.unread;
+    warnings.push_back({"trailing-bytes", name + " has " + std::to_string(trailing_bytes) +
                                               " bytes behind its end. They do no harm."});
   }
 }
@@ -96,7 +97,7 @@ void WarnOfParts(const std::vector<Part>& parts, std::vector<Warning>& warnings)
     if (doubt.empty()) continue;
     std::string told = "The " + name;
     told.append(" ").append(Quoted(*text)).append(" is ").append(doubt).append(".");
-    warnings.push_back({"shared-value", told});
+    warnings.push_back({"doubtful-part", told});
   }
 }
 
