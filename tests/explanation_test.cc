@@ -235,7 +235,8 @@ TEST_F(ExplanationTest, TellsOfMissingAndDamagedFiles) {
       "made-anew 10: The record in /common is damaged (it ends in its date), so the next call "
       "makes the id anew from the hardware. It will be another one.",
       "made-anew 10: There was no record hid_settings that could be read, so the call made the id "
-      "anew from the hardware. It became another one.");
+      "anew from the hardware. It became another one, in place of " +
+          kId + ".");
   EXPECT_EQ(
       Summary(ExplainFolder(Folder(StateFolder::Kind::kCopy))),
       "made-anew 10: The record in /common is damaged (it ends in its date). A call makes the id "
@@ -333,7 +334,8 @@ TEST_F(ExplanationTest, TellsAnAccountWhatRootReads) {
       "compared, 1 agrees, and 2 have to. The ";
   Expect("changes-now 10, product gone, board gone, network moved: " + why +
              "next call gives this account another id.",
-         "changes-now 10, product gone, board gone: " + why + "call gave this account another id.");
+         "changes-now 10, product gone, board gone: " + why +
+             "call gave this account a new id in place of " + kId + ".");
   EXPECT_EQ(Explain().warnings[0].text,
             "Root reads the product \"pf0xyz\" and the board \"board7\".");
   GetId("2.0");

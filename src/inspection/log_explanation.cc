@@ -168,6 +168,7 @@ Explanation ExplainLog(std::string_view bytes) {
                                     facts.failure.value_or("")) != std::end(kRecordFailures);
   findings.words = {{"format", facts.format},
                     {"call", facts.call},
+                    {"stored_id", stored.value_or("")},
                     {"failure", DescribeFailure(facts)},
                     {"reason", facts.failure.value_or("")},
                     {"reading_failure", ReadingFailureOf(facts)},

@@ -56,6 +56,10 @@ constexpr const char* kOneKindOfAccount =
     "the id: a service that runs as root can hand it on.";
 constexpr const char* kWriteRecordId =
     "Put the id of the record, {record_id}, back into its file: deviceid repair restore.";
+// A call may give the record to the older id, and then nothing holds the other one any more.
+constexpr const char* kWriteRecordIdNow =
+    "Before the next call, put the id of the record, {record_id}, back into its file: deviceid "
+    "repair restore.";
 constexpr const char* kBeginAnew =
     "The record holds no id, either. To begin anew: deviceid repair anew.";
 constexpr const char* kMoveRecord =
@@ -108,7 +112,7 @@ constexpr VerdictRule kRules[] = {
     {kMachine, kAny, CallEnd::kRecordHasOtherId, OlderId, Verdict::kNotCompared, 0,
      "The record belongs to {record_id}, so the hardware is not compared, and calls give the older "
      "id.",
-     kWriteRecordId},
+     kWriteRecordIdNow},
     {kMachine, kAny, CallEnd::kRecordHasOtherId, kAlways, Verdict::kNotCompared, 0,
      "The record belongs to another id, {record_id}, so the hardware is not compared. The stored "
      "id stays.",
@@ -197,7 +201,7 @@ constexpr VerdictRule kRules[] = {
     {kLog, CallEnd::kHardwareHasChanged, kAny, SameId, Verdict::kForgiven, 0,
      "{change} Still, the hardware gave the same id again.", ""},
     {kLog, CallEnd::kHardwareHasChanged, kAny, OtherAccount, Verdict::kChangesNow, 10,
-     "{change} The call gave this account another id.",
+     "{change} The call gave this account {new_id}.",
      "Let either root alone or ordinary accounts alone ask for the id."},
     {kLog, CallEnd::kHardwareHasChanged, kAny, kAlways, Verdict::kChangesNow, 10,
      "{change} The call gave {new_id}.",
@@ -206,9 +210,10 @@ constexpr VerdictRule kRules[] = {
      "The record was younger than ten days, so the call gave that id without a comparison.",
      kExplainThere},
     {kLog, CallEnd::kRecordHasOtherId, kAny, OlderId, Verdict::kNotCompared, 0,
-     "The record belonged to another id, so the hardware was not compared, and the call gave the "
-     "older id.",
-     kExplainThere},
+     "The record belonged to another id, so the hardware was not compared. The call gave the older "
+     "id, and the record to it.",
+     "If the other id is to stay, take it from a backup or an earlier log, and give it back: "
+     "deviceid repair keep."},
     {kLog, CallEnd::kRecordIsYoung, kAny, Random, Verdict::kNotCompared, 0,
      "The record was younger than ten days, so the call gave the stored id. No part could be read.",
      kMendHardware},
@@ -258,7 +263,8 @@ constexpr VerdictRule kRules[] = {
      "so.",
      ""},
     {kLog, CallEnd::kMadeAnew, kAny, kAlways, Verdict::kMadeAnew, 10,
-     "{record_trouble}, so the call made the id anew from the hardware. It became another one.",
+     "{record_trouble}, so the call made the id anew from the hardware. It became another one, in "
+     "place of {stored_id}.",
      "If the old id is to stay, give it back: deviceid repair keep."},
     {kLog, CallEnd::kNoId, kAny, kAlways, Verdict::kNoId, 20,
      "{id_trouble}, and there was a record: the call ended with result 4.", kExplainThere},

@@ -86,7 +86,7 @@ class Story:
 
     def __init__(self, title, legend):
         self.title, self.legend, self.steps, self.checks = title, legend, [], []
-        self.random, self.reply = "", None
+        self.random, self.reply, self.answer = "", None, ""
         self.step("renew")
 
     def step(self, *words):
@@ -113,7 +113,7 @@ class Story:
             self.checks.append((line, lambda _: getattr(self, verb)(left, right)))
         else:
             place = self.step(verb, *left.split(" "))
-            self.checks.append((line, lambda answers: answers[place] in ("", right)))
+            self.checks.append((line, lambda answers: self.answered(answers[place], right)))
 
     def read_every_format(self, parts, listed):
         mac = "" if "no network" in self.title else names["M"]
@@ -128,6 +128,10 @@ class Story:
         self.read(f"holds common/device.id = 1.6 of {newer}")
         listed = ", ".join(filter(None, [names["V"], listed, mac]))
         self.read(f"holds common/hid_settings = record 0 0 2.0 2.0 of {newer}; {listed}")
+
+    def answered(self, answer, wanted):
+        self.answer = answer
+        return answer in ("", wanted)
 
     def replied(self, reply, wanted):
         self.reply = reply
@@ -172,8 +176,8 @@ class Story:
     def faults(self, answers):
         for line, seen in self.checks:
             if not seen(answers):
-                last = "\n".join(map(str, [answers[-1]] if self.reply is None else [
-                    self.reply.result, self.reply.id, *self.reply.lines, self.reply.files]))
+                last = "\n".join([self.answer, *map(str, [answers[-1]] if self.reply is None else [
+                    self.reply.result, self.reply.id, *self.reply.lines, self.reply.files])])
                 yield f"{self.title}: {line}\n{last}"
                 return
 

@@ -9,6 +9,8 @@
 
 #include "pc/pc.h"
 #include "support/foreseen_call.h"
+#include "tools/deviceid/machine_state.h"
+#include "tools/deviceid/state_folders.h"
 #include "values/format_version.h"
 
 namespace {
@@ -103,6 +105,8 @@ int MakeForeseen(const std::vector<std::string>& step, std::string& id, std::str
   return differences.empty() ? result : -1;
 }
 
+std::string last_log;
+
 // call NAME VERSION FLAGS gives: result, times that the hardware was collected, id, log, files.
 std::string Call(const std::vector<std::string>& step) {
   std::string id(64, 0), log(1 << 16, 0);
@@ -111,11 +115,37 @@ std::string Call(const std::vector<std::string>& step) {
   answer << MakeForeseen(step, id, log) << '\t' << pc::CountCollections() << '\t'
          << Hex(id.substr(0, id.find('\0'))) << '\t' << Hex(log.substr(0, log.find('\0')))
          << Files();
+  last_log = log.c_str();
   return answer.str();
+}
+
+system_info::Explanation ExplainSource(const std::string& source) {
+  if (source == "log") return system_info::ExplainLog(last_log);
+  if (source == "copy") return ExplainFolder(deviceid::ReadKeptFolder(Path("common")));
+  const auto hardware = system_info::ReadThisMachine();
+  return ExplainMachine(deviceid::LookAtMachine("2.0", *hardware));
+}
+
+// explain SOURCE gives: VERDICT STATUS, PART STATE, ...: SENTENCE Do: ADVICE
+std::string Explain(const std::string& source) {
+  const system_info::Explanation told = ExplainSource(source);
+  const char* verdict = TextOf(told.verdict);
+  std::string text = (verdict ? verdict : "null") + (" " + std::to_string(told.status));
+  for (const auto& part : told.parts) {
+    const std::string state = TextOf(part.state);
+    if (state != "same" && state != "unknown") text += ", " + NameOf(part) + " " + state;
+  }
+  text += ": " + told.sentence + (told.advice.empty() ? "" : " Do: " + told.advice);
+  for (const std::string folder : {"common", "user"}) {
+    const std::string path = Path(folder).make_preferred().string();
+    while (text.find(path) != text.npos) text.replace(text.find(path), path.size(), folder);
+  }
+  return text;
 }
 
 std::string Play(const std::vector<std::string>& step) {
   if (step[0] == "call") return Call(step);
+  if (step[0] == "explain") return Explain(step[1]);
   if (step[0] == "renew") return pc::Renew(), "";
   if (step[0] == "version") return pc::TheLibrary().version();
   if (step[0] == "set") return pc::SetPart(step[1], Bytes(step.size() > 2 ? step[2] : "")), "";
