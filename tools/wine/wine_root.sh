@@ -8,7 +8,7 @@
 #   wine_root.sh run [OPTION]... PROGRAM [ARGUMENT...]
 #
 # PROGRAM, an .exe or .bat file, runs in C:\deviceid among copies of the .exe and .dll files beside
-# it. Every run is a PC of its own: files, registry and processes end with it, and several can run
+# it; so does a script of the Debian's own shell (.sh), which can run several of them by "wine". Every run is a PC of its own: files, registry and processes end with it, and several can run
 # at a time.
 #
 #   --serial HEX8      the volume serial of C:
@@ -108,7 +108,10 @@ run() {
             *) fail "no option $1" ;;
         esac
     done
-    [[ ${1:?PROGRAM is missing} != *.bat ]] || start+=(cmd /c)
+    case ${1:?PROGRAM is missing} in
+        *.bat) start+=(cmd /c) ;;
+        *.sh) start=(sh) ;;
+    esac
     find "$(dirname "$1")" -maxdepth 1 \( -name '*.exe' -o -name '*.dll' -o -samefile "$1" \) \
         -exec cp -t "$pc$home" {} +
     enter_pc "$home" "${start[@]}" "$(basename "$1")" "${@:2}" || status=$?
