@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """commands_test.py PROGRAM LIBRARY: the call, explain and inspect."""
+import itertools
 import re
 import shutil
 
-from support.program import (COMMON, ID, SOMEBODY, USER, ask, expect, explain, paths, play, record, run,
+from support.program import (COMMON, ID, SOMEBODY, USER, ask, changes, expect, explain, paths, play, record, run,
                              trees, write)
 
 
@@ -43,11 +44,14 @@ def situations(_):
         write(COMMON, idv2=idv2, record=kept)
         status, told = explain()
         expect(name, (status, told["verdict"]), wanted[:2])
+        for words, account in itertools.product((["explain"], ["inspect"]), (0, SOMEBODY)):
+            expect(f"{name}: changes by {words}", changes(*words, account=account) or [], [])
         for command, outcome in (((), told["next"]), (("--recheck",), told["recheck"])):
             write(COMMON, idv2=idv2, record=kept)
             status, device_id, _ = run(*command)
             expect(f"{name}: result of {command}", status, outcome["result"])
             expect(f"{name}: id of {command}", device_id.strip() or None, outcome["id"])
+    expect("a change that is seen", changes() != [], True)
 
 
 def flags(_):

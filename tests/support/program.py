@@ -2,9 +2,11 @@
 
 A test is called with the PROGRAM and the shared LIBRARY and hands its cases to play(). It needs root, and
 mounts that nobody else sees; it exits 77 without."""
+import functools
 import json
 import os
 import pathlib
+import re
 import shutil
 import struct
 import subprocess
@@ -24,12 +26,36 @@ faults = []
 paths = {}
 
 
-def run(*words, account=0, text=None):
+CHANGING = ("creat|unlink|unlinkat|mkdir|mkdirat|rmdir|rename|renameat|renameat2|chmod|fchmod|fchmodat|chown|fchown|"
+            "lchown|fchownat|utime|utimes|futimesat|utimensat|truncate|ftruncate|link|linkat|symlink|symlinkat|"
+            "mknod|mknodat|setxattr|fsetxattr|flock")
+TRACED = ["strace", "-f", "-qq", "-e", "trace=open,openat,openat2,fcntl," + CHANGING.replace("|", ",")]
+
+
+def run(*words, account=0, text=None, by=()):
     """Status, standard output and standard error."""
-    done = subprocess.run([paths["program"], *words], user=account, group=account, extra_groups=[], input=text,
+    done = subprocess.run([*by, paths["program"], *words], user=account, group=account, extra_groups=[], input=text,
                           env={"HOME": str(HOME if account else "/root"), "LC_ALL": "C"},
                           capture_output=True, check=False)
     return done.returncode, done.stdout.decode(), done.stderr.decode()
+
+
+@functools.cache
+def can_trace():
+    works = shutil.which("strace") and subprocess.run([*TRACED, "true"], capture_output=True, check=False)
+    if not works or works.returncode != 0:
+        print("skipped: no system call can be traced here")
+    return works and works.returncode == 0
+
+
+def changes(*words, account=0):
+    """The system calls of the program that change a file, could do so, or keep others from one. None if
+    that cannot be seen."""
+    if not can_trace():
+        return None
+    trace = run(*words, account=account, by=TRACED)[2]
+    return [line for line in trace.splitlines() if '"/dev/null"' not in line and re.search(
+        rf"O_WRONLY|O_RDWR|O_CREAT|O_TRUNC|F_\w*SETL|^(\[pid +\d+\] )?({CHANGING})\(", line)]
 
 
 def expect(what, seen, wanted):
