@@ -299,6 +299,7 @@ TEST_F(LogFactsTest, AreThoseOfALogHoweverItWasSaved) {
     EXPECT_EQ(RestoreLog(Utf16(log, true)), log);
     EXPECT_EQ(RestoreLog(log + "\0debug] left over\n\0\0"s), log);
     EXPECT_EQ(RestoreLog(log + "\0"s + log), log + log);
+    EXPECT_EQ(RestoreLog(log + "deviceid: no id\n" + kStoredId + "\n"), log);
   }
   const std::string log = GetId("1.5").log;
   EXPECT_EQ(RestoreLog(lines(log, "\r")), log);

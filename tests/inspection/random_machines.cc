@@ -46,6 +46,14 @@ constexpr uid_t kSomebodyElse = 4711;
 
 const std::string kId = "2-0-e605da79-8246-9201-b359-b533fafc9984";
 const std::string kOtherId = "1-6-01234567-89ab-cdef-0123-456789abcdef";
+// Somebody took the log of a call for its id.
+const std::string kLog =
+    "[09:05:03:042] [Debug] Execute GetHardwareId, version 2.0\n"
+    "[09:05:03:042] [Info]  Trying to get device.idv2.\n"
+    "[09:05:03:042] [Info]  HID was loaded from common file: " +
+    kOtherId +
+    "\n[09:05:03:042] [Info]  device.idv2 is correct.\n"
+    "[09:05:03:042] [Info]  Hardware settings are successfully read.\n";
 const std::string kUpperId = "9-5-ABCDEF01-2345-6789-ABCD-EF0123456789";
 
 enum class Account { kRoot, kPowerless, kOrdinary };
@@ -147,8 +155,7 @@ class RandomMachine : public ScriptedMachine {
     // As a record, such texts would begin with the length of hundreds of megabytes.
     if (!record && OneIn(4)) {
       return Pick<std::string>({std::string(70000, '2'), kId.substr(4), "\0\xff"s, kUpperId,
-                                "\xef\xbb\xbf" + kId, "PF0XYZ\r\nBOARD7\nx\nx",
-                                "x\n[09:05:03:042] [Info]  device.idv2 is correct."});
+                                "\xef\xbb\xbf" + kId, "PF0XYZ\r\nBOARD7\nx\nx", kLog});
     }
     return Pick<std::string>({good, good, good, good, good, "", good.substr(0, Below(good.size())),
                               good + "\n", good + "\0"s,
