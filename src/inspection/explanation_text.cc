@@ -136,8 +136,8 @@ std::string DescribeNext(const Explanation& explanation, const TextStyle& style)
 }
 
 std::string DescribeDifference(const Difference& difference) {
-  return difference.what + ": " + difference.kept.value_or("nothing") + " in the copy, " +
-         difference.present.value_or("nothing") + " here";
+  return difference.what + ": in the copy " + difference.kept.value_or("nothing") + ", here " +
+         difference.present.value_or("nothing");
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ std::optional<std::string> DescribeId(const StoredFile& file) {
   if (file.state == StoredFile::State::kUnreadable) return "unreadable";
   const IdContent content = JudgeIdBytes(file.bytes);
   if (content.state == ContentState::kEmpty) return std::nullopt;
-  return content.state == ContentState::kGood ? content.id : "damaged: " + content.damage;
+  return content.state == ContentState::kGood ? content.id : "damaged (" + content.damage + ")";
 }
 
 std::optional<std::string> DescribeRecord(const StoredFile& file) {
@@ -38,7 +38,7 @@ std::optional<std::string> DescribeRecord(const StoredFile& file) {
   if (file.state == StoredFile::State::kMissing) return std::nullopt;
   const RecordContent content = DecodeRecord(file.bytes);
   if (content.state != ContentState::kGood) return TextOf(content.state);
-  return "of " + *content.device_id + ", " + std::to_string(content.parts.size()) +
+  return "a record of " + *content.device_id + ", " + std::to_string(content.parts.size()) +
          (content.parts.size() == 1 ? " part" : " parts");
 }
 
