@@ -155,32 +155,14 @@ TEST_F(ExplanationTest, TellsOfChangedParts) {
   EXPECT_EQ(Summary(ExplainLog("no log")), "null 20: This is not the log of a call.");
   EXPECT_EQ(Explain().changes_left, 1u);
   SetBoard(L"BOARD8");
-  const std::string one =
-      "forgiven 0, board changed: 1 of 4 parts has changed, and one change is forgiven. One more "
-      "will "
-      "give a new id.";
-  Expect(
-      one,
-      "not-compared 0: The record was younger than ten days, so the call gave the stored id. The "
-      "hardware would give another id: some part has changed since that was made.");
-  Days(10);
-  Expect(one,
-         "forgiven 0: 1 of 4 parts has changed, and one change is forgiven. The call gave the "
-         "stored id.");
   SetVolume(L"DEADBEEF");
-  const std::string two =
-      "10, volume changed, board changed: 2 of 4 parts have changed, and only one "
-      "change is forgiven. The ";
-  Expect(
-      "changes-now " + two + "next call gives a new id.",
-      "changes-now 10: 2 of 4 parts have changed, and only one change is forgiven. The call gave a "
-      "new id in place of " +
-          kId + ".");
+  Days(10);
+  EXPECT_EQ(
+      Summary(Explain()),
+      "changes-now 10, volume changed, board changed: 2 of 4 parts have changed, and only one "
+      "change is forgiven. The next call gives a new id.");
   EXPECT_EQ(ExplainCall().id, kOtherId);
   Days(-10);
-  EXPECT_EQ(Summary(Explain()), "will-change " + two +
-                                    "id stays until the next comparison, which "
-                                    "will give a new id.");
   pc.Set(L"Win32_BaseBoard", L"SerialNumber", {});
   SetVolume(L"1234ABCD");
   EXPECT_EQ(
@@ -223,12 +205,6 @@ TEST_F(ExplanationTest, TellsOfPartsThatComeAndGo) {
 TEST_F(ExplanationTest, TellsOfMissingAndDamagedFiles) {
   GetId("2.0");
   const std::string record = ReadFileText(pc.Common("hid_settings"));
-  fs::remove(pc.Common("hid_settings"));
-  Expect(
-      "made-anew 0: The record hid_settings is missing, so the next call makes the id anew from "
-      "the hardware. It stays the same.",
-      "made-anew 0: There was no record hid_settings that could be read, so the call made the id "
-      "anew from the hardware. It stayed the same.");
   SetBoard(L"BOARD8");
   WriteFileText(pc.Common("hid_settings"), record.substr(0, 60));
   Expect(
