@@ -28,7 +28,8 @@ void Renew();
 
 // Gives it another part: "product" or "board", a serial number as bytes; "pci", the instance id of
 // its PCI adapter, which may be empty for none; "hardware" or "network", only to lose them;
-// natively "account", an ordinary one instead of root, and "all", every value that WMI has, which is then asked for the address, too.
+// natively "account", an ordinary one instead of root, and "all", every value that WMI has, which
+// is then asked for the address, too.
 void SetPart(const std::string& part, const std::string& value);
 
 // Puts this thread into the apartment "sta" or "mta" as the host, or ends that with "none" and says

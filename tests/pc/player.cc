@@ -121,7 +121,8 @@ std::string Call(const std::vector<std::string>& step) {
 
 system_info::Explanation ExplainSource(const std::string& source) {
   if (source == "log") return system_info::ExplainLog(last_log);
-  if (source == "copy") return ExplainFolder(deviceid::ReadKeptFolder(Path("common")));
+  if (source == "copy")
+    return ExplainFolder(deviceid::ReadKeptFolder(Path("common").make_preferred()));
   const auto hardware = system_info::ReadThisMachine();
   return ExplainMachine(deviceid::LookAtMachine("2.0", *hardware));
 }
