@@ -132,7 +132,7 @@ bool IsWithin(const fs::path& path, const fs::path& folder) {
 fs::path NextPlace(const fs::path& parent) {
   const std::string date = LocalDate(std::time(nullptr));
   for (int count = 1;; ++count) {
-    const fs::path place = parent / (date + "-" + std::to_string(count));
+    fs::path place = parent / (date + "-" + std::to_string(count));
     if (!IsThere(place)) return place;
   }
 }
