@@ -69,7 +69,7 @@ std::string TextOf(const timespec& time) {
 
 std::string OctalOf(unsigned mode) {
   std::array<char, 16> text = {};
-  const char* const end = std::to_chars(text.data(), text.data() + text.size(), mode, 8).ptr;
+  char* const end = std::to_chars(text.data(), text.data() + text.size(), mode, 8).ptr;
   return {text.data(), end};
 }
 
