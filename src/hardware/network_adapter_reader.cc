@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "hardware/hardware_overlay.h"
 #include "platform/unique_handle.h"
 
 namespace system_info {
@@ -32,6 +33,18 @@ AdapterBuffer AllocateAdapters(ULONG size) {
 template <std::size_t kSize>
 std::string FieldText(const char (&field)[kSize]) {
   return {field, std::find(field, field + kSize, '\0')};
+}
+
+ULONG ListAdapters(IP_ADAPTER_INFO* adapters, ULONG* size) {
+  HardwareOverlay* overlay = PresentHardwareOverlay();
+  if (overlay != nullptr && !overlay->HasAdapters()) return ERROR_NO_DATA;
+  return GetAdaptersInfo(adapters, size);
+}
+
+std::string AddressText(const IP_ADAPTER_INFO& adapter) {
+  HardwareOverlay* overlay = PresentHardwareOverlay();
+  if (overlay == nullptr) return FormatMacAddress(adapter.Address);
+  return overlay->AdapterAddress(FormatMacAddress(adapter.Address));
 }
 
 // Texts that the registry and SetupAPI give for one device after the other. The byte behind the
@@ -88,7 +101,7 @@ bool WindowsOSManager::GetNetworkAdapters(AdapterMap& adapters, std::string& fir
       return false;
     }
   }
-  const ULONG code = GetAdaptersInfo(buffer.get(), &size);
+  const ULONG code = ListAdapters(buffer.get(), &size);
   if (code != ERROR_SUCCESS) {
     log_->Write("GetAdaptersInfo failed with code = " + std::to_string(code), LogLevel::Debug);
     return false;
@@ -97,7 +110,7 @@ bool WindowsOSManager::GetNetworkAdapters(AdapterMap& adapters, std::string& fir
   std::string list = "Network Adapters List:\n\n";
   for (const IP_ADAPTER_INFO* record = buffer.get(); record != nullptr; record = record->Next) {
     const std::string name = FieldText(record->AdapterName);
-    const std::string address = FormatMacAddress(record->Address);
+    const std::string address = AddressText(*record);
     adapters[name] = address;
     list.append(name).append(": ").append(address).append(": ");
     list.append(FieldText(record->Description)).append("\n");

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "hardware/com_resources.h"
+#include "hardware/hardware_overlay.h"
 #include "hardware/hardware_value_filter.h"
 #include "support/text_conversions.h"
 
@@ -89,6 +90,30 @@ auto ReadGuarded(HIDLog& log, const char* name, Read read) -> decltype(read()) {
   return {};
 }
 
+void Tell(const std::wstring& property, const wchar_t* class_name, const std::wstring& text,
+          HIDLog& log) {
+  log.WriteWide(
+      L"WMI property \"" + property + L"\" FOR CLASS \"" + class_name + L"\" = \"" + text + L"\"",
+      LogLevel::Debug);
+}
+
+void NoteForOverlay(const wchar_t* class_name, const std::wstring& property, BSTR text) {
+  HardwareOverlay* overlay = PresentHardwareOverlay();
+  if (overlay != nullptr) overlay->NoteWmiText(class_name, property, {text, SysStringLen(text)});
+}
+
+// The value that an overlay has in place of the machine's.
+std::optional<std::wstring> ReadOverlay(const wchar_t* class_name, const wchar_t* property_name,
+                                        bool filter_value, HIDLog& log) {
+  HardwareOverlay* overlay = PresentHardwareOverlay();
+  if (overlay == nullptr) return std::nullopt;
+  const auto text = overlay->WmiText(class_name, property_name);
+  if (!text) return std::nullopt;
+  std::wstring value = FilterHardwareValue(Bstr(text->c_str()).get(), filter_value);
+  Tell(property_name, class_name, value, log);
+  return value;
+}
+
 }  // namespace
 
 std::wstring WindowsOSManager::GetWmiProperties(const HidFormatVersion& version) {
@@ -138,6 +163,8 @@ std::wstring WindowsOSManager::ReadPlannedValue(IWbemServices* services,
 std::wstring WindowsOSManager::GetWmiProperty(IWbemServices* services, const wchar_t* class_name,
                                               const wchar_t* property_name, bool filter_value) {
   return ReadGuarded(*log_, "GetWmiProperty", [&] {
+    auto overlaid = ReadOverlay(class_name, property_name, filter_value, *log_);
+    if (overlaid) return *std::move(overlaid);
     return ReadWmiProperty(services, class_name, property_name, filter_value);
   });
 }
@@ -171,11 +198,10 @@ std::wstring WindowsOSManager::ReadWmiProperty(IWbemServices* services, const wc
   }
   std::wstring text;
   if (type == CIM_STRING && value.is_string()) {
+    NoteForOverlay(class_name, property, value.string());
     text = FilterHardwareValue(value.string(), filter_value);
   }
-  log_->WriteWide(
-      L"WMI property \"" + property + L"\" FOR CLASS \"" + class_name + L"\" = \"" + text + L"\"",
-      LogLevel::Debug);
+  Tell(property, class_name, text, *log_);
   return text;
 }
 

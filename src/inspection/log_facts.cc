@@ -174,11 +174,10 @@ class Reader {
   }
   void FailVolume(const Captures& /*found*/) { AddValue({PartName::kVolume, {}, line}); }
   void ReadWmiValue(const Captures& found) {
-    for (const ValueLine& value : kValueLines) {
-      if (value.property != found[0] || !found[1].starts_with(value.class_start)) continue;
-      if (value.name == PartName::kNetwork && Adapters()) TakeRule(AdapterRule::kAskedWmi);
-      AddValue({value.name, found[2], {}, line_is_cut});
-    }
+    const auto name = NameOfProperty(found[0], found[1]);
+    if (!name) return;
+    if (name == PartName::kNetwork && Adapters()) TakeRule(AdapterRule::kAskedWmi);
+    AddValue({*name, found[2], {}, line_is_cut});
   }
   // "Unexpected error in <>" and "Error in <>: <>", of a reader or of the whole call.
   void FailSomewhere(const Captures& found) {
@@ -434,6 +433,13 @@ std::string HardwareReading::Joined() const {
     if (value.cut) break;
   }
   return failure.empty() ? joined : std::string();
+}
+
+std::optional<PartName> NameOfProperty(std::string_view property, std::string_view class_text) {
+  for (const ValueLine& value : kValueLines) {
+    if (value.property == property && class_text.starts_with(value.class_start)) return value.name;
+  }
+  return std::nullopt;
 }
 
 const IdSearch* LogFacts::Loaded() const {

@@ -120,6 +120,9 @@ struct LogFacts {
   const IdSearch* Loaded() const;
 };
 
+// Which value a property of a class of WMI is, or none.
+std::optional<PartName> NameOfProperty(std::string_view property, std::string_view class_text);
+
 // Reads one call. `log` is a whole log or one that was cut at its end; see RestoreLog.
 LogFacts ReadLogFacts(std::string_view log);
 
