@@ -109,6 +109,12 @@ struct Difference {
   std::optional<std::string> present;
 };
 
+// One way in which a machine that is only simulated differs from this one.
+struct SimulatedChange {
+  std::string change;  // As it was asked for: "gone=board".
+  std::string text;    // What it does, for people.
+};
+
 struct Explanation {
   Verdict verdict = Verdict::kUndecided;
   int status = 0;  // Of the program: 0, 10 or 20.
@@ -127,6 +133,8 @@ struct Explanation {
   std::vector<Warning> warnings;
   // Only where a kept copy was given.
   std::optional<std::vector<Difference>> against;
+  // Only of a machine that is simulated.
+  std::optional<std::vector<SimulatedChange>> simulated;
 
   // For people.
   std::string id_folder;  // Where the id is stored, or empty.

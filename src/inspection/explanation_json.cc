@@ -82,6 +82,14 @@ Json Differences(const std::vector<Difference>& differences) {
   return array;
 }
 
+Json Changes(const std::vector<SimulatedChange>& changes) {
+  Json array = Json::array();
+  for (const auto& [change, text] : changes) {
+    array.push_back({{"change", Text(change)}, {"text", Text(text)}});
+  }
+  return array;
+}
+
 std::string Padded(std::int64_t number, std::size_t width) {
   const std::string digits = std::to_string(number);
   return std::string(width - std::min(width, digits.size()), '0') + digits;
@@ -93,7 +101,7 @@ std::string ToJson(const Explanation& explanation) {
   const char* verdict = TextOf(explanation.verdict);
   Json object = {
       {"schema", kSchema},
-      {"command", "explain"},
+      {"command", explanation.simulated ? "simulate" : "explain"},
       {"verdict", verdict != nullptr ? Json(verdict) : Json(nullptr)},
       {"sentence", Text(explanation.sentence)},
       {"advice", Text(explanation.advice)},
@@ -109,6 +117,7 @@ std::string ToJson(const Explanation& explanation) {
       {"changes_left", Number(explanation.changes_left)},
       {"warnings", Warnings(explanation.warnings)}};
   if (explanation.against) object["against"] = Differences(*explanation.against);
+  if (explanation.simulated) object["changes"] = Changes(*explanation.simulated);
   return object.dump(2);
 }
 

@@ -93,12 +93,13 @@ void AddPart(std::string& text, const Part& part, const PartColumns& columns, bo
   }
 }
 
-void AddParts(std::string& text, const std::vector<Part>& parts, bool colour) {
-  const PartColumns columns = ChooseColumns(parts);
+void AddParts(std::string& text, const Explanation& explanation, bool colour) {
+  const PartColumns columns = ChooseColumns(explanation.parts);
+  const std::string present = explanation.simulated ? "simulated" : "now";
   AddLine(text, std::string(kMargin, ' ') + Padded("part", columns.name_width + kGap) +
                     (columns.stored ? Cell({"when stored"}, 0, columns.value_width) : "") +
-                    (columns.present ? "now" : ""));
-  for (const Part& part : parts) AddPart(text, part, columns, colour);
+                    (columns.present ? present : ""));
+  for (const Part& part : explanation.parts) AddPart(text, part, columns, colour);
   text += "\n";
 }
 
@@ -142,20 +143,28 @@ std::string DescribeDifference(const Difference& difference) {
 
 }  // namespace
 
+void AddChanges(std::string& text, const std::vector<SimulatedChange>& changes,
+                const std::string& then) {
+  std::string label = "SIMULATED";
+  for (const auto& [change, effect] : changes) {
+    AddHeadline(text, label, nullptr, Harmless(change + ": " + effect + "."));
+    label.assign(label.size(), ' ');
+  }
+  AddHeadline(text, label, nullptr, then + "Nothing is stored, and this machine stays as it is.");
+  text += "\n";
+}
+
 std::string ToText(const Explanation& explanation, const TextStyle& style) {
+  std::string text;
+  if (explanation.simulated) AddChanges(text, *explanation.simulated, "");
   const bool older_id = explanation.older_id && explanation.status == 0;
   const std::string label =
       older_id ? "OLDER ID" : LabelOf(explanation.verdict, explanation.status);
-  std::string text = Coloured(label, ColourOf(explanation), style.colour);
-  const std::size_t column = label.size() + kGap;
-  std::string start(kGap, ' ');
-  for (const std::string& line : Wrap(Harmless(explanation.sentence), kWidth - column)) {
-    AddLine(text, start + line);
-    start.assign(column, ' ');
-  }
+  AddHeadline(text, label, style.colour ? ColourOf(explanation) : nullptr,
+              Harmless(explanation.sentence));
   text += "\n";
 
-  if (!explanation.parts.empty()) AddParts(text, explanation.parts, style.colour);
+  if (!explanation.parts.empty()) AddParts(text, explanation, style.colour);
   if (explanation.id) AddField(text, "id", Harmless(*explanation.id));
   if (!explanation.id_folder.empty())
     AddField(text, "stored", Harmless(DescribeStored(explanation, style)));

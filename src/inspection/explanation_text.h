@@ -20,6 +20,10 @@ struct TextStyle {
 // Lines of UTF-8, the last one with its line end.
 std::string ToText(const Explanation& explanation, const TextStyle& style);
 
+// Adds the label, the changes of a machine that is only simulated, and `then`.
+void AddChanges(std::string& text, const std::vector<SimulatedChange>& changes,
+                const std::string& then);
+
 }  // namespace system_info
 
 #endif  // DEVICEID_INSPECTION_EXPLANATION_TEXT_H_

@@ -35,6 +35,16 @@ void AddLine(std::string& text, std::string line) {
   text += line + "\n";
 }
 
+void AddHeadline(std::string& text, const std::string& label, const char* colour,
+                 std::string_view content) {
+  const std::size_t column = label.size() + kGap;
+  std::string start = (colour != nullptr ? colour + label + "\x1b[0m" : label) + "  ";
+  for (const std::string& line : Wrap(content, kWidth - column)) {
+    AddLine(text, start + line);
+    start.assign(column, ' ');
+  }
+}
+
 void AddField(std::string& text, const std::string& name, std::string_view content) {
   const std::size_t column = kMargin + kNameWidth + kGap;
   std::string start = Padded(std::string(kMargin, ' ') + name, column);

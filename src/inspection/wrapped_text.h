@@ -28,6 +28,10 @@ std::vector<std::string> Wrap(std::string_view text, std::size_t width);
 // Adds a line without the blanks at its end, which are for columns that follow.
 void AddLine(std::string& text, std::string line);
 
+// Adds a label, which `colour` is put before if it is not null, and text behind it.
+void AddHeadline(std::string& text, const std::string& label, const char* colour,
+                 std::string_view content);
+
 // Adds a name and text behind it, in as many lines as it needs.
 void AddField(std::string& text, const std::string& name, std::string_view content);
 

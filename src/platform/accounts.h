@@ -18,6 +18,15 @@ struct Account {
 
 Account PresentAccount();
 
+// The hardware values that privileged accounts alone can read on this machine.
+struct PrivilegedValues {
+  bool product = false;  // The serial number.
+  bool board = false;    // Likewise.
+  bool uuid = false;     // Of the system.
+};
+
+PrivilegedValues FindPrivilegedValues();
+
 struct UserRoot {
   std::string account;  // UTF-8
   std::filesystem::path folder;

@@ -9,14 +9,16 @@
 #include "tools/deviceid/inspect_command.h"
 #include "tools/deviceid/output.h"
 #include "tools/deviceid/repair_command.h"
+#include "tools/deviceid/simulate_command.h"
 
 // NOLINTNEXTLINE(bugprone-exception-escape): only a complaint about a failure can fail here
 int main(int argc, char** argv) {
   try {
     system_info::PrepareOutput();
-    return deviceid::RunCommandLine({deviceid::CallCommand(), deviceid::ExplainCommand(),
-                                     deviceid::InspectCommand(), deviceid::RepairCommand()},
-                                    system_info::CommandLine(argc, argv));
+    return deviceid::RunCommandLine(
+        {deviceid::CallCommand(), deviceid::ExplainCommand(), deviceid::InspectCommand(),
+         deviceid::RepairCommand(), deviceid::SimulateCommand()},
+        system_info::CommandLine(argc, argv));
   } catch (const deviceid::Failure& failure) {
     deviceid::Complain(failure.what());
     return failure.status();

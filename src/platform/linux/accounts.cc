@@ -1,16 +1,35 @@
 #include "platform/accounts.h"
 
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <set>
 
 namespace system_info {
+namespace {
+
+constexpr const char* kDmi = "/sys/class/dmi/id";
+
+// A value that the kernel does not have counts as one that it keeps for root.
+bool IsPrivate(const char* value) {
+  struct stat status = {};
+  const std::string path = std::string(kDmi) + "/" + value;
+  return stat(path.c_str(), &status) != 0 || (status.st_mode & S_IROTH) == 0;
+}
+
+}  // namespace
 
 Account PresentAccount() {
   const uid_t user = geteuid();
   const passwd* entry = getpwuid(user);
   return {entry != nullptr ? entry->pw_name : std::to_string(user), user == 0};
+}
+
+PrivilegedValues FindPrivilegedValues() {
+  // Without DMI the UUID comes from the device tree, which everybody reads.
+  const bool dmi = access(kDmi, F_OK) == 0;
+  return {IsPrivate("product_serial"), IsPrivate("board_serial"), dmi && IsPrivate("product_uuid")};
 }
 
 std::vector<UserRoot> OtherUserRoots() {

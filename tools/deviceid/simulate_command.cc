@@ -1,0 +1,103 @@
+#include "tools/deviceid/simulate_command.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "inspection/change_matrix.h"
+#include "inspection/explanation_json.h"
+#include "inspection/explanation_text.h"
+#include "platform/native_paths.h"
+#include "support/clock.h"
+#include "tools/deviceid/output.h"
+#include "tools/deviceid/simulated_machine.h"
+#include "tools/deviceid/state_folders.h"
+
+namespace deviceid {
+namespace {
+
+constexpr const char* kFooter =
+    R"(CHANGE is one of these; several can be given. PART is volume, product, board or network.
+  replace=PART      the part has another value
+  gone=PART         the part has no value
+  new=PART:TEXT     the part has this value
+  days=NUMBER       the clock is so many days ahead
+  account=ordinary  an account asks that reads no serial numbers (Linux)
+  restore=DIR       the files of a kept state folder stand in the place of the present ones
+
+Examples:
+  deviceid simulate replace=network days=30   a new adapter, and the comparison is due
+  deviceid simulate --all                     each change of one part, and each pair
+  deviceid simulate --svg id.svg              the same, as a picture for a mail too
+
+Writes nothing but the file of --svg.
+
+Exit status: 0 the id stays; 10 it changes, or will; 20 there is no id; 2 wrong usage, or no such
+part; 65 not a state folder; 66 no such folder; 74 output cannot be written; 77 no rights. With --all
+it is that of the machine without these changes.)";
+
+struct Arguments {
+  std::vector<std::string> changes;
+  bool all = false;
+  std::optional<std::string> svg;
+  std::string format = "2.0";
+  bool json = false;
+};
+
+void WriteFile(const std::string& name, const std::string& content) {
+  errno = 0;
+  std::ofstream file(system_info::FromUtf8(name), std::ios::binary | std::ios::trunc);
+  file << content;
+  file.close();
+  if (file) return;
+  throw Failure(kWriteFailed, "cannot write " + name + ": " + std::strerror(errno));
+}
+
+int RunAll(const Arguments& arguments, SimulatedMachine& machine,
+           const std::vector<Change>& changes) {
+  const system_info::ChangeMatrix matrix = machine.TryAll(changes);
+  if (arguments.svg) {
+    WriteFile(*arguments.svg, ToSvg(matrix, LocalDate(system_info::PresentSeconds())));
+  }
+  std::cout << (arguments.json ? ToJson(matrix) + "\n" : ToText(matrix));
+  return FinishOutput(matrix.unchanged.status);
+}
+
+int Run(const Arguments& arguments) {
+  const bool all = arguments.all || arguments.svg;
+  const std::vector<Change> changes = ParseChanges(arguments.changes);
+  if (changes.empty() && !all) {
+    throw Failure(kWrongUsage, "no change is given, as replace=network or --all");
+  }
+  SimulatedMachine machine(arguments.format);
+  if (all) return RunAll(arguments, machine, changes);
+  const system_info::Explanation explanation = machine.Explain(changes);
+  if (arguments.json) {
+    std::cout << system_info::ToJson(explanation) << '\n';
+  } else {
+    std::cout << system_info::ToText(explanation, {WantsColour(), LocalDate});
+  }
+  return FinishOutput(explanation.status);
+}
+
+}  // namespace
+
+Command SimulateCommand() {
+  const auto arguments = std::make_shared<Arguments>();
+  return {"simulate",
+          "Play the next comparison with another machine, without touching this one",
+          kFooter,
+          {{"CHANGE", "How the machine differs from this one", &arguments->changes},
+           {"--all", "Try each change of one part, and each pair", &arguments->all},
+           {"--svg", "Draw --all into this file", &arguments->svg, ValueKind::kFile},
+           FormatOption(&arguments->format),
+           JsonOption(&arguments->json)},
+          [arguments] { return Run(*arguments); }};
+}
+
+}  // namespace deviceid
