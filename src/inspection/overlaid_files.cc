@@ -260,6 +260,7 @@ void OverlaidFiles::Pretend(const FileChange& change) {
     case FileChange::Kind::kFileRemoved:
       Change(*entry, name, Standing::kNothing);
       rights.may_make_file = rights.may_make_folder = rights.may_remove_name;
+      rights.holder = Holder::kNobody;
       return;
     case FileChange::Kind::kFolderMade:
       if (rights.standing != Standing::kFolder) Change(*entry, name, Standing::kFolder);

@@ -2,7 +2,7 @@
 // of the next call and of a recheck has to be what comes of them, and a call that is played has to
 // leave what it then leaves. Each call finds the machine made anew. Looking at it leaves no trace.
 //
-//   random_machines [--count N] [--seed N]
+//   random_machines [--count N] [--seed N] [--only simulate]
 //
 // What differs is told with the seed of its machine, which that seed alone plays again.
 
@@ -21,10 +21,14 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <random>
+#include <regex>
 #include <sstream>
 
+#include "hardware/network_adapters.h"
 #include "inspection/explanation.h"
+#include "inspection/explanation_json.h"
 #include "inspection/shown_text.h"
+#include "platform/accounts.h"
 #include "platform/linux/descriptor.h"
 #include "platform/linux/linux_folders.h"
 #include "support/foreseen_call.h"
@@ -33,6 +37,8 @@
 #include "tools/deviceid/command_line.h"
 #include "tools/deviceid/explain_command.h"
 #include "tools/deviceid/inspect_command.h"
+#include "tools/deviceid/machine_state.h"
+#include "tools/deviceid/simulate_command.h"
 
 namespace system_info {
 namespace {
@@ -95,6 +101,44 @@ class RandomMachine : public ScriptedMachine {
     if (account_ == Account::kPowerless) SetPowers(true);
     if (account_ == Account::kOrdinary && (seteuid(0) | setegid(0)) != 0) abort();
     umask(mask);
+  }
+
+  // What simulate is asked for.
+  std::vector<std::string> DrawChanges() {
+    std::vector<std::string> words = {
+        "--format=" + Pick<std::string>({"2.0", "2.0", "2.0", "2.0", "1.6", "1.5", "1.4", "1.0"})};
+    std::vector<std::string> parts = {"volume", "product", "board", "network"};
+    if (OneIn(8)) words.emplace_back("account=ordinary");
+    if (OneIn(8)) parts = {"volume", "network"};
+    for (const std::string& part : parts) {
+      // A value that fails to be read does so on the machine that really has another one, too.
+      const std::string value = part == "network" ? "02:AB:00:00:00:01" : "Drawn " + part;
+      const std::string kind = Pick<std::string>({"replace=", "gone=", "new="});
+      if (!OneIn(3) || (kind == "new=" && failing_)) continue;
+      words.push_back(kind + part + (kind == "new=" ? ":" + value : ""));
+    }
+    if (OneIn(3)) words.push_back("days=" + Pick<std::string>({"1", "9", "10", "11", "400"}));
+    const bool can_restore = fixed_.empty() && mounted_.empty() && (mask_ & 0600) == 0;
+    if (OneIn(4) && can_restore) words.push_back("restore=" + DrawKeptFolder());
+    return words;
+  }
+
+  // Makes a change that simulate told of. `values` are those in its text.
+  void Change(const std::string& change, const std::vector<std::string>& values) {
+    const std::string kind = change.substr(0, change.find('='));
+    const std::string what = change.substr(kind.size() + 1);
+    const std::string part = what.substr(0, what.find(':'));
+    const std::string present = kind == "gone" || values.empty() ? "" : values[0];
+    if (kind == "days") ticks += std::stol(what) * 86400 * 10'000'000;
+    if (kind == "restore") return Restore(what, values.at(0));
+    if (kind == "account") {
+      for (const char* name : {"product", "board"}) SetPart(name, "");
+      if (FindPrivilegedValues().uuid) SetValue(L"Win32_ComputerSystemProduct", L"UUID", "");
+    } else if (part == "network") {
+      SetAddress(present, values.back());
+    } else if (kind != "days") {
+      SetPart(part, present);
+    }
   }
 
   ForeseenCall DrawCall() {
@@ -293,7 +337,72 @@ class RandomMachine : public ScriptedMachine {
                            std::wstring(5000, L'A')});
   }
 
+  void SetValue(const std::wstring& class_text, const wchar_t* property, const std::string& value) {
+    wmi[class_text].resize(std::max<std::size_t>(wmi[class_text].size(), 1));
+    wmi[class_text][0][property] = std::wstring(value.begin(), value.end());
+  }
+
+  void SetPart(const std::string& part, const std::string& value) {
+    if (part == "volume") {
+      SetValue(L"win32_logicaldisk WHERE deviceid=\"C:\"", L"VolumeSerialNumber", value);
+    } else if (part == "product") {
+      SetValue(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", value);
+    } else {
+      SetValue(L"Win32_BaseBoard", L"SerialNumber", value);
+    }
+  }
+
+  // Replaces the adapter with the address `former`, or removes all of them.
+  void SetAddress(const std::string& address, const std::string& former) {
+    if (address.empty()) adapters.clear();
+    for (NetworkAdapter& adapter : adapters) {
+      if (FormatMacAddress(adapter.address.data()) != former) continue;
+      for (std::size_t i = 0; i < adapter.address.size(); ++i) {
+        adapter.address[i] =
+            static_cast<std::uint8_t>(std::stoul(address.substr(3 * i, 2), nullptr, 16));
+      }
+    }
+    for (const wchar_t* class_text :
+         {L"Win32_NetworkAdapterConfiguration WHERE IPEnabled = TRUE",
+          L"Win32_NetworkAdapter WHERE Manufacturer != 'Microsoft' AND NOT PNPDeviceID LIKE "
+          L"'ROOT%\\\\'"}) {
+      wmi.erase(class_text);
+      if (!address.empty()) SetValue(class_text, L"MACAddress", address);
+    }
+  }
+
+  std::string DrawKeptFolder() {
+    const std::string kept = folder() + "/kept";
+    for (const std::string name : {"device.id", "device.idv2", "hid_settings"}) {
+      if (!OneIn(4)) WriteFileText(kept + "/" + name, DrawContent(name));
+    }
+    return kept;
+  }
+
+  // Puts the files of `kept` in the place of those in `path`, for the account of the machine.
+  void Restore(const std::string& kept, const std::string& path) {
+    const uid_t caller = account_ == Account::kOrdinary ? kNobody : 0;
+    std::vector<fs::path> missing;
+    std::error_code failure;
+    for (fs::path at = path; !fs::is_directory(at, failure); at = at.parent_path()) {
+      missing.push_back(at);
+    }
+    for (auto made = missing.rbegin(); made != missing.rend(); ++made) {
+      fs::remove(*made);
+      mkdir(made->c_str(), 0777 & ~mask_);
+      if (lchown(made->c_str(), caller, caller) != 0) abort();
+    }
+    for (const std::string name : {"/device.id", "/device.idv2", "/hid_settings"}) {
+      fs::remove_all(path + name);
+      if (!fs::exists(kept + name)) continue;
+      fs::copy_file(kept + name, path + name);
+      chmod((path + name).c_str(), 0666 & ~mask_);
+      if (lchown((path + name).c_str(), caller, caller) != 0) abort();
+    }
+  }
+
   void FailHardware() {
+    failing_ = true;
     using enum PlatformCall;
     const auto call = Pick<PlatformCall>(
         {kCoInitializeEx, kCoCreateInstance, kConnectServer, kCoSetProxyBlanket, kExecQuery, kNext,
@@ -312,6 +421,7 @@ class RandomMachine : public ScriptedMachine {
   }
 
   std::mt19937 draw_;
+  bool failing_ = false;
   Account account_;
   mode_t mask_ = 0;
   bool by_environment_ = false;
@@ -334,7 +444,9 @@ std::string Printed(const std::vector<std::string>& words) {
   std::ostringstream printed;
   std::streambuf* const standard = std::cout.rdbuf(printed.rdbuf());
   try {
-    deviceid::RunCommandLine({{}, deviceid::ExplainCommand(), deviceid::InspectCommand()}, words);
+    deviceid::RunCommandLine(
+        {{}, deviceid::ExplainCommand(), deviceid::InspectCommand(), deviceid::SimulateCommand()},
+        words);
   } catch (const std::exception& failure) {
     printed << failure.what();
   }
@@ -396,10 +508,104 @@ std::string TryCall(unsigned seed, const std::optional<ForeseenCall>& wanted, co
   return faults + JudgeLog(played);
 }
 
-std::string TryMachine(unsigned seed) {
+// The texts in quotation marks, or the folder at the end.
+std::vector<std::string> ValuesIn(const std::string& text) {
+  static const std::regex kValue("\"([^\"]*)\"|(/.*)$");
+  std::vector<std::string> values;
+  for (std::sregex_iterator found(text.begin(), text.end(), kValue), end; found != end; ++found) {
+    values.push_back((*found)[1].str() + (*found)[2].str());
+  }
+  return values;
+}
+
+// The machine of a seed on which the changes were made that `simulated` tells.
+class ChangedMachine : public RandomMachine {
+ public:
+  ChangedMachine(unsigned seed, const Json& simulated) : RandomMachine(seed) {
+    DrawChanges();
+    for (const Json& change : simulated["changes"]) {
+      const std::string word = change["change"];
+      // The folder of each machine has a name of its own.
+      const bool kept = word.starts_with("restore=");
+      std::vector<std::string> values = ValuesIn(change["text"]);
+      if (kept) values = {folder() + values.at(0).substr(folder().size())};
+      Change(kept ? "restore=" + folder() + "/kept" : word, values);
+      ordinary_ |= word == "account=ordinary";
+    }
+  }
+
+  // What "explain --json" says of this machine.
+  Json Explain(const std::string& format) {
+    Json told;
+    Act([&] {
+      MachineState state = deviceid::LookAtMachine(format, *ReadThisMachine());
+      state.administrator &= !ordinary_;
+      told = Json::parse(ToJson(ExplainMachine(state)));
+    });
+    return told;
+  }
+
+ private:
+  bool ordinary_ = false;
+};
+
+// What a call on the changed machine gives otherwise than it was told.
+std::string CompareCall(ChangedMachine& machine, const ForeseenCall& call, const Json& told) {
+  if (told.is_null()) return "";
+  MadeCall made;
+  machine.Act([&] { made = Make(call); });
+  const bool success = made.result == 0;
+  const bool same_id =
+      told["random"] ? told["id"].is_null() : told["id"] == (success ? Json(made.id) : Json());
+  if (told["result"] == made.result && same_id) return "";
+  return "told: " + told.dump() + "\nmade: " + std::to_string(made.result) + " " + made.id + "\n" +
+         made.log.value_or("") + "\n";
+}
+
+// Each machine has a temporary folder of its own.
+std::string WithoutFolder(const Json& told) {
+  static const std::regex kFolder("/deviceid-\\w{6}");
+  return std::regex_replace(told.dump(), kFolder, "");
+}
+
+// What a changed machine is otherwise than it was simulated.
+std::string TrySimulation(unsigned seed) {
+  Json simulated;
+  std::vector<std::string> words;
+  std::string faults;
+  std::string printed;
+  {
+    RandomMachine machine(seed);
+    words = machine.DrawChanges();
+    const std::string format = words[0].substr(words[0].find('=') + 1);
+    if (words.size() == 1) return "";
+    words.insert(words.begin(), {"simulate", "--json"});
+    faults = TracesOf({machine.folder()}, [&] { machine.Act([&] { printed = Printed(words); }); });
+    simulated = Json::parse(printed, nullptr, false);
+  }
+  // There is no such part, or nothing can be read.
+  if (simulated.is_discarded()) return faults + (printed.empty() ? "no answer\n" : "");
+  const std::string format = words[2].substr(words[2].find('=') + 1);
+  Json explained = ChangedMachine(seed, simulated).Explain(format);
+  for (const char* name : {"verdict", "sentence", "advice", "situation", "id", "next", "recheck",
+                           "parts", "agree", "compared", "needed", "changes_left"}) {
+    const std::string told = WithoutFolder(simulated[name]);
+    const std::string found = WithoutFolder(explained[name]);
+    if (told != found) faults += name + ("\n  told:  " + told) + "\n  found: " + found + "\n";
+  }
+  ChangedMachine for_next(seed, simulated);
+  faults += CompareCall(for_next, {PlayedExport::kGet, format, 0}, simulated["next"]);
+  ChangedMachine for_recheck(seed, simulated);
+  faults += CompareCall(for_recheck, {PlayedExport::kRecheck, format, 0}, simulated["recheck"]);
+  return faults.empty() ? "" : simulated["changes"].dump() + "\n" + faults;
+}
+
+std::string TryMachine(unsigned seed, bool only_simulate) {
   using enum PlayedExport;
   Json told;
-  std::string faults = Look(seed, told);
+  std::string faults = TrySimulation(seed);
+  if (only_simulate) return faults;
+  faults += Look(seed, told);
   if (!faults.empty()) return faults;
   return TryCall(seed, ForeseenCall{kGet, "2.0", 0}, told["next"]) +
          TryCall(seed, ForeseenCall{kRecheck, "2.0", 0}, told["recheck"]) +
@@ -412,11 +618,11 @@ void SetUp() {
   if (unshare(CLONE_NEWNS) == 0) mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
 }
 
-int Run(unsigned seed, unsigned count) {
+int Run(unsigned seed, unsigned count, bool only_simulate) {
   SetUp();
   unsigned faults = 0;
   for (unsigned i = 0; i < count; ++i) {
-    const std::string differences = TryMachine(seed + i);
+    const std::string differences = TryMachine(seed + i, only_simulate);
     if (differences.empty()) continue;
     ++faults;
     std::cout << "seed " << seed + i << ":\n" << differences << '\n';
@@ -431,13 +637,16 @@ int Run(unsigned seed, unsigned count) {
 int main(int argc, char** argv) {
   unsigned count = 100;
   unsigned seed = std::random_device()();
+  bool only_simulate = false;
   for (int i = 1; i + 1 < argc; i += 2) {
-    (std::string(argv[i]) == "--count" ? count : seed) =
-        static_cast<unsigned>(std::stoul(argv[i + 1]));
+    const std::string option = argv[i];
+    only_simulate |= option == "--only";
+    if (option == "--count") count = static_cast<unsigned>(std::stoul(argv[i + 1]));
+    if (option == "--seed") seed = static_cast<unsigned>(std::stoul(argv[i + 1]));
   }
   if (geteuid() != 0) {
     std::cout << "only root can give files away\n";
     return 77;
   }
-  return system_info::Run(seed, count);
+  return system_info::Run(seed, count, only_simulate);
 }

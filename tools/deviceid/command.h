@@ -26,6 +26,9 @@ struct Option {
   std::vector<std::string> choices = {};  // All good values, where they can be listed.
   std::string excludes = {};              // An option listed before that cannot be given as well.
   bool required = false;
+  // Good values, or how they begin, for completion alone. What follows a "=" at an end is of
+  // `kind`.
+  std::vector<std::string> words = {};
 };
 
 struct Command {

@@ -1,10 +1,12 @@
 // deviceid: prints the id of this PC and, with a command, how it came about and what is stored.
 
 #include <exception>
+#include <vector>
 
 #include "platform/console.h"
 #include "tools/deviceid/call_command.h"
 #include "tools/deviceid/command_line.h"
+#include "tools/deviceid/completion_command.h"
 #include "tools/deviceid/explain_command.h"
 #include "tools/deviceid/inspect_command.h"
 #include "tools/deviceid/output.h"
@@ -15,10 +17,11 @@
 int main(int argc, char** argv) {
   try {
     system_info::PrepareOutput();
-    return deviceid::RunCommandLine(
-        {deviceid::CallCommand(), deviceid::ExplainCommand(), deviceid::InspectCommand(),
-         deviceid::RepairCommand(), deviceid::SimulateCommand()},
-        system_info::CommandLine(argc, argv));
+    std::vector<deviceid::Command> commands = {
+        deviceid::CallCommand(), deviceid::ExplainCommand(), deviceid::InspectCommand(),
+        deviceid::RepairCommand(), deviceid::SimulateCommand()};
+    commands.push_back(deviceid::CompletionCommand(commands));
+    return deviceid::RunCommandLine(commands, system_info::CommandLine(argc, argv));
   } catch (const deviceid::Failure& failure) {
     deviceid::Complain(failure.what());
     return failure.status();

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <exception>
 #include <map>
 #include <memory>
 #include <utility>
 
 #include "inspection/log_facts.h"
 #include "platform/accounts.h"
+#include "platform/file_rights.h"
 #include "platform/native_paths.h"
 #include "support/folder_paths.h"
 #include "tools/deviceid/machine_state.h"
@@ -173,6 +173,18 @@ void PlanFolder(const std::string& folder, std::vector<FileChange>& changes) {
   changes.push_back({FileChange::Kind::kFolderMade, folder, ""});
 }
 
+// False if this account could not even see what stands in the folder.
+bool MayEnter(const std::string& folder) {
+  const std::string path = system_info::SystemPath(folder);
+  const std::size_t separator = folder.rfind(system_info::PathSeparator());
+  if (system_info::FolderIdentity(path)) {
+    const std::string file = path + system_info::PathSeparator() + kStoredFiles[0].name;
+    return system_info::LookUpRights(file).standing != system_info::Standing::kUnknown;
+  }
+  // One that is missing would be made.
+  return separator == std::string::npos || separator == 0 || MayEnter(folder.substr(0, separator));
+}
+
 // Puts a kept folder in the place of the first state folder that holds anything.
 std::string PlanRestore(const Change& change, std::vector<FileChange>& changes) {
   const StateFolder kept = ReadKeptFolder(system_info::FromUtf8(change.value));
@@ -185,6 +197,7 @@ std::string PlanRestore(const Change& change, std::vector<FileChange>& changes) 
   const std::string path =
       common ? system_info::CommonFolderPath(false) : system_info::UserFolderPath(false);
   if (path.empty()) throw Failure(kNoInput, "the system names no folder to restore to");
+  if (!MayEnter(path)) throw Failure(kNoRights, "no rights to look into " + target.path);
   PlanFolder(path, changes);
   for (const auto& [name, file] : kStoredFiles) {
     if ((kept.*file).state == StoredFile::State::kUnreadable) {
@@ -192,11 +205,10 @@ std::string PlanRestore(const Change& change, std::vector<FileChange>& changes) 
                                    " cannot be read: " + (kept.*file).why);
     }
     const std::string file_path = path + system_info::PathSeparator() + name;
-    if (IsThere(kept.*file)) {
-      changes.push_back({FileChange::Kind::kFileWritten, file_path, (kept.*file).bytes});
-    } else if (IsThere(target.*file)) {
-      changes.push_back({FileChange::Kind::kFileRemoved, file_path, ""});
-    }
+    // Not written over: what is restored has the rights of a new file.
+    if (IsThere(target.*file)) changes.push_back({FileChange::Kind::kFileRemoved, file_path, ""});
+    if (!IsThere(kept.*file)) continue;
+    changes.push_back({FileChange::Kind::kFileWritten, file_path, (kept.*file).bytes});
   }
   return "its files stand in the place of those in " + target.path;
 }
@@ -232,7 +244,7 @@ std::vector<std::string> ChangeWords() {
       words.push_back(std::string(kind) + TextOf(part) + (kind[0] == 'n' ? ":" : ""));
     }
   }
-  words.insert(words.end(), {"days=", "account=ordinary", "restore="});
+  words.insert(words.end(), {"days=30", "account=ordinary", "restore="});
   return words;
 }
 
@@ -249,8 +261,8 @@ void SimulatedMachine::ReadValues() {
     const auto lines = std::make_shared<system_info::HIDLog>();
     try {
       hardware_.GetHardwareIdList(kNewest, lines);
-    } catch (const std::exception& failure) {
-      reading_failure_ = failure.what();
+    } catch (...) {
+      reading_failure_ = "the reading ended with a failure";
     }
     log = lines->text();
   }

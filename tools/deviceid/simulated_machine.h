@@ -25,7 +25,7 @@ struct Change {
 // Throws Failure if a word is no change, or if two of them contradict each other.
 std::vector<Change> ParseChanges(const std::vector<std::string>& words);
 
-// All changes, as far as they can be listed: "gone=board", "new=board:", "days=".
+// All changes, as far as they can be listed: "gone=board", "new=board:", "restore=".
 std::vector<std::string> ChangeWords();
 
 // Reads the hardware of this machine once, for all that is asked of it. Writes nothing.
