@@ -17,6 +17,10 @@ done
 for zip in "$build"/packages/*.zip; do unzip -q "$zip" -d "$work"; done
 tar xf "$build"/packages/*.tar.gz -C "$work"
 dpkg-deb -x "$build"/packages/*.deb "$work/deb"
+for file in "$work"/*-linux-*/share/{bash-completion/completions/deviceid,zsh/site-functions/_deviceid} \
+    "$work"/deb/usr/share/zsh/vendor-completions/_deviceid "$work"/*-windows-x{86,64}/share/powershell/deviceid.ps1; do
+    [[ -s $file ]] || { echo "there is no $file" && exit 1; }
+done
 
 # consumer FOLDER [OPTION]...: a program that is made from the library in that folder
 consumer() {

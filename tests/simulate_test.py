@@ -3,7 +3,7 @@
 import subprocess
 import xml.etree.ElementTree
 
-from support.program import COMMON, ID, ask, expect, explain, paths, play, record, run, trees, write
+from support.program import COMMON, ID, ask, expect, explain, play, record, run, trees, write
 
 
 def simulate(*words, schema="explain"):

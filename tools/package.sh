@@ -12,7 +12,8 @@ build=$(realpath -m "${1:-build}")
 
 need_packages "${build_packages[@]}" "${windows_packages[@]}" "${package_packages[@]}"
 for preset in "${presets[@]}"; do
-    cmake --preset "$preset" -B "$build/$preset" -Wno-dev "-DDEVICEID_PAGE=$build/linux/explain.html"
+    cmake --preset "$preset" -B "$build/$preset" -Wno-dev "-DDEVICEID_PAGE=$build/linux/explain.html" \
+        "-DDEVICEID_COMPLETIONS=$build/linux/tools/completions"
     cmake --build "$build/$preset" --target deviceid_shipped
     (cd "$build/$preset" && cpack -B "$build/packages")
 done >&2

@@ -36,7 +36,7 @@ readonly windows_packages=(
 readonly test_packages=(
     python3 python3-jsonschema clang clang-format clang-tidy
     chromium chromium-driver python3-selenium lld mono-mcs mono-runtime libjna-java unzip pkg-config
-    strace
+    strace zsh
 )
 
 # What makes the archives.
