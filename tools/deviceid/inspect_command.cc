@@ -7,11 +7,10 @@
 #include <vector>
 
 #include "inspection/stored_file_report.h"
-#include "platform/file_attributes.h"
 #include "platform/native_paths.h"
-#include "support/folder_paths.h"
 #include "tools/deviceid/output.h"
 #include "tools/deviceid/state_folders.h"
+#include "tools/deviceid/stored_file_reports.h"
 
 namespace deviceid {
 namespace {
@@ -20,9 +19,6 @@ using system_info::FileRole;
 using system_info::StateFolder;
 using system_info::StoredFile;
 using system_info::StoredFileReport;
-
-constexpr const char* kFileNames[] = {"device.idv2", "device.id", "hid_settings",
-                                      "hardware_ids.emulated"};
 
 constexpr const char* kFooter =
     R"(PATH is a stored file, or a folder that holds some; without one, the files of
@@ -45,36 +41,8 @@ struct Arguments {
 
 constexpr int kNotGood = 10;
 
-StoredFileReport ReportOnFile(const std::filesystem::path& path, FileRole role) {
-  return system_info::ReportOn(role, system_info::ToUtf8(path), system_info::LookAtFile(path),
-                               ReadStoredFile(path));
-}
-
-// Of the list for emulation only where there is one: it is no file of the library's own.
-std::vector<StoredFileReport> ReportOnFolder(const std::filesystem::path& folder,
-                                             std::optional<StateFolder::Kind> kind) {
-  std::vector<StoredFileReport> reports;
-  for (const char* name : kFileNames) {
-    StoredFileReport report = ReportOnFile(folder / name, *system_info::RoleOf(name));
-    const bool emulated = report.role == FileRole::kEmulatedIds;
-    if (emulated && report.state == StoredFile::State::kMissing) continue;
-    report.folder = kind;
-    reports.push_back(std::move(report));
-  }
-  return reports;
-}
-
 void Append(std::vector<StoredFileReport>& reports, std::vector<StoredFileReport> more) {
   std::move(more.begin(), more.end(), std::back_inserter(reports));
-}
-
-std::vector<StoredFileReport> ReportOnMachine() {
-  using system_info::FromSystemText;
-  std::vector<StoredFileReport> reports = ReportOnFolder(
-      FromSystemText(system_info::CommonFolderPath(false)), StateFolder::Kind::kCommon);
-  Append(reports, ReportOnFolder(FromSystemText(system_info::UserFolderPath(false)),
-                                 StateFolder::Kind::kUser));
-  return reports;
 }
 
 // A file of another name is taken for what its bytes look like.
