@@ -8,6 +8,7 @@
 
 #include "inspection/hardware_parts.h"
 #include "inspection/log_facts.h"
+#include "inspection/redacted_log.h"
 #include "inspection/saved_log.h"
 #include "inspection/shown_text.h"
 #include "inspection/stored_bytes.h"
@@ -315,6 +316,14 @@ TEST(LogFacts, ComeFromTheTextsOfTheManual) {
     manual.insert(std::regex_replace(found[1].str(), std::regex("<.*?>"), "<>"));
   }
   for (const std::string& text : KnownLogTexts()) EXPECT_TRUE(manual.contains(text)) << text;
+  Redactor redactor("a key");
+  for (const std::string& text : manual) {
+    if (text == "<>") continue;
+    const std::string line =
+        "[09:05:03:107] [Debug] " + std::regex_replace(text, std::regex("<>"), "1");
+    const std::string redacted = RedactLog(line + "\n", redactor);
+    EXPECT_FALSE(redacted.ends_with("] (left out)\n")) << text;
+  }
 }
 
 TEST(ShownText, IsUtf8AndHarmless) {

@@ -1,6 +1,8 @@
 #include "inspection/explanation_json.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <chrono>
 #include <cstddef>
 #include <nlohmann/json.hpp>
@@ -132,6 +134,24 @@ std::string UtcText(std::int64_t seconds) {
          Padded(static_cast<int>(static_cast<unsigned>(date.day())), 2) + "T" +
          Padded(clock.hours().count(), 2) + ":" + Padded(clock.minutes().count(), 2) + ":" +
          Padded(clock.seconds().count(), 2) + "Z";
+}
+
+bool ParseUtcText(const std::string& text, std::int64_t& seconds) {
+  constexpr std::size_t kLength = 20;
+  constexpr std::array<std::size_t, 6> kPlaces = {0, 5, 8, 11, 14, 17};
+  std::array<int, kPlaces.size()> numbers = {};
+  if (text.size() != kLength) return false;
+  for (std::size_t i = 0; i < kPlaces.size(); ++i) {
+    const char* begin = text.data() + kPlaces[i];
+    if (std::from_chars(begin, text.data() + kLength, numbers[i]).ptr == begin) return false;
+  }
+  const auto date = std::chrono::year(numbers[0]) / numbers[1] / numbers[2];
+  if (!date.ok()) return false;
+  const std::chrono::sys_seconds time =
+      std::chrono::sys_days{date} + std::chrono::hours(numbers[3]) +
+      std::chrono::minutes(numbers[4]) + std::chrono::seconds(numbers[5]);
+  seconds = time.time_since_epoch().count();
+  return UtcText(seconds) == text;
 }
 
 }  // namespace system_info

@@ -18,6 +18,9 @@ std::string ToJson(const Explanation& explanation);
 // "2026-11-03T09:05:03Z", or empty for a year that has not four digits.
 std::string UtcText(std::int64_t seconds);
 
+// The other way round. False for any other text.
+bool ParseUtcText(const std::string& text, std::int64_t& seconds);
+
 }  // namespace system_info
 
 #endif  // DEVICEID_INSPECTION_EXPLANATION_JSON_H_

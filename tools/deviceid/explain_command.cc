@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 
+#include "inspection/case_file.h"
 #include "inspection/explanation_json.h"
 #include "inspection/explanation_text.h"
 #include "inspection/log_facts.h"
@@ -20,19 +21,20 @@ namespace {
 using system_info::Explanation;
 
 constexpr const char* kFooter =
-    R"(PATH is a kept copy of a state folder, a log that a host kept, or - for a log on
-standard input.
+    R"(PATH is a kept copy of a state folder, a log that a host kept, a case file of
+"deviceid report", or - for a log or a case file on standard input.
 
 Examples:
   deviceid explain                            this PC
   deviceid explain --against ~/deviceid.kept  this PC, beside a copy of the folder
   deviceid explain host.log                   the call that wrote this log
+  deviceid explain case.json                  the PC that a case file is of
 
 Writes nothing.
 
 Exit status: 0 the id stays; 10 it changes, or will; 20 there is no id; 2 wrong
-usage; 65 neither a log nor a state folder; 66 no such file; 74 output cannot be
-written; 77 no rights.)";
+usage; 65 no log, case file or state folder, or a damaged one; 66 no such file;
+74 output cannot be written; 77 no rights.)";
 
 struct Arguments {
   std::string format = "2.0";
@@ -41,17 +43,23 @@ struct Arguments {
   bool json = false;
 };
 
-constexpr std::size_t kLargestLog = std::size_t{64} << 20;
-
 std::string ReadStandardInput() {
-  std::string text(kLargestLog + 1, '\0');
+  std::string text(kLargestUserFile + 1, '\0');
   std::cin.read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<std::size_t>(std::cin.gcount()));
-  if (text.size() > kLargestLog) throw Failure(kBadData, "the log is larger than 64 MB");
+  if (text.size() > kLargestUserFile)
+    throw Failure(kBadData, "standard input is larger than 64 MB");
   return text;
 }
 
+Explanation ExplainCaseOf(const std::string& name, const std::string& bytes) try {
+  return system_info::ExplainCaseFile(bytes);
+} catch (const system_info::BadCaseFile& failure) {
+  throw Failure(kBadData, name + " is no case file that can be read: " + failure.what());
+}
+
 Explanation ExplainLogOf(const std::string& name, const std::string& bytes) {
+  if (system_info::LooksLikeCaseFile(bytes)) return ExplainCaseOf(name, bytes);
   const bool is_log = system_info::ReadLogFacts(system_info::RestoreLog(bytes)).calls > 0;
   if (!is_log) throw Failure(kBadData, name + " holds no log of a call");
   return system_info::ExplainLog(bytes);
@@ -93,7 +101,7 @@ Explanation Explain(const Arguments& arguments) {
   if (file == "hid_settings" || file == "device.idv2" || file == "device.id") {
     throw Failure(kWrongUsage, name + " is a stored file; explain its folder, or inspect it");
   }
-  return ExplainLogOf(name, ReadUserFile(path, kLargestLog));
+  return ExplainLogOf(name, ReadUserFile(path, kLargestUserFile));
 }
 
 int Run(const Arguments& arguments) {
@@ -114,7 +122,7 @@ Command ExplainCommand() {
       "explain",
       "Say in one sentence why the id is what it is, and what comes next",
       kFooter,
-      {{"PATH", "A kept state folder or a log", &arguments->path, ValueKind::kFile},
+      {{"PATH", "A kept state folder, a log or a case file", &arguments->path, ValueKind::kFile},
        {"--against", "A kept copy of the state folder", &arguments->against, ValueKind::kFolder},
        FormatOption(&arguments->format),
        JsonOption(&arguments->json)},

@@ -7,10 +7,12 @@
 #include "tools/deviceid/call_command.h"
 #include "tools/deviceid/command_line.h"
 #include "tools/deviceid/completion_command.h"
+#include "tools/deviceid/doctor_command.h"
 #include "tools/deviceid/explain_command.h"
 #include "tools/deviceid/inspect_command.h"
 #include "tools/deviceid/output.h"
 #include "tools/deviceid/repair_command.h"
+#include "tools/deviceid/report_command.h"
 #include "tools/deviceid/simulate_command.h"
 
 // NOLINTNEXTLINE(bugprone-exception-escape): only a complaint about a failure can fail here
@@ -18,8 +20,9 @@ int main(int argc, char** argv) {
   try {
     system_info::PrepareOutput();
     std::vector<deviceid::Command> commands = {
-        deviceid::CallCommand(), deviceid::ExplainCommand(), deviceid::InspectCommand(),
-        deviceid::RepairCommand(), deviceid::SimulateCommand()};
+        deviceid::CallCommand(),    deviceid::ExplainCommand(), deviceid::InspectCommand(),
+        deviceid::DoctorCommand(),  deviceid::RepairCommand(),  deviceid::ReportCommand(),
+        deviceid::SimulateCommand()};
     commands.push_back(deviceid::CompletionCommand(commands));
     return deviceid::RunCommandLine(commands, system_info::CommandLine(argc, argv));
   } catch (const deviceid::Failure& failure) {

@@ -29,6 +29,9 @@ std::vector<system_info::StateFolder> ReadStateFolders();
 // no such folder, if it cannot be read, or if it holds no stored file.
 system_info::StateFolder ReadKeptFolder(const std::filesystem::path& path);
 
+// Of a log or a case file that the user names.
+inline constexpr std::size_t kLargestUserFile = std::size_t{64} << 20;
+
 // The bytes of a file that the user named, at most `limit`. Throws Failure if it cannot be read or
 // is larger.
 std::string ReadUserFile(const std::filesystem::path& path, std::size_t limit);
