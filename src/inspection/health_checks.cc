@@ -497,7 +497,7 @@ Ills DifferentIds(const HealthFacts& facts) {
   return When(different,
               "The common folder and that of this account hold different ids; the common one "
               "counts.",
-              KeepOrAnew(facts));
+              "deviceid makes a call, which removes the other one");
 }
 
 Ills RandomRecord(const HealthFacts& facts) {
