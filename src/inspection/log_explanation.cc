@@ -51,7 +51,7 @@ std::optional<std::string> MadeId(const LogFacts& facts) {
 }
 
 std::optional<std::string> ReturnedId(const LogFacts& facts) {
-  if (!facts.end) return StoredIdOf(facts);
+  if (!facts.end) return std::nullopt;
   switch (*facts.end) {
     case CallEnd::kHardwareHasChanged:
     case CallEnd::kFromHardware:
