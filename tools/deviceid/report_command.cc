@@ -21,13 +21,14 @@ namespace deviceid {
 namespace {
 
 constexpr const char* kFooter =
-    R"(FILE is written whole or not at all, and for this account alone to read. Without it the case file goes
-to standard output. "deviceid explain FILE" reads it.
+    R"(FILE is written whole or not at all, and for this account alone to read. Without
+it the case file goes to standard output. "deviceid explain FILE" reads it.
 
---redact puts digests in the place of serial numbers, addresses, ids and the names of accounts and of the
-machine. Equal values stay equal within a report. The key of the digests is drawn anew and kept nowhere;
-with --redact-key the reports of one key can be compared with each other. Lines of a log that the library
-did not write are left out then.
+--redact puts digests in the place of serial numbers, addresses, ids and the
+names of accounts and of the machine. Equal values stay equal within a report.
+The key of the digests is drawn anew and kept nowhere; with --redact-key the
+reports of one key can be compared with each other. Lines of a log that the
+library did not write are left out then.
 
 Examples:
   deviceid report case.json
@@ -36,8 +37,9 @@ Examples:
 
 Writes FILE and nothing else.
 
-Exit status: 0 good; 2 wrong usage, or FILE lies in a folder of the library; 65 no log of a call, or a key
-of less than 16 bytes; 66 no such file; 74 FILE or output cannot be written; 77 no rights.)";
+Exit status: 0 good; 2 wrong usage, or FILE lies in a folder of the library; 65
+no log of a call, or a key of less than 16 bytes; 66 no such file; 74 FILE or
+output cannot be written; 77 no rights.)";
 
 struct Arguments {
   std::optional<std::string> file;
