@@ -1,6 +1,5 @@
 // The scripted machine in the shape in which Wine shows its PC.
 
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,9 +32,6 @@ class WinePc : public system_info::ScriptedMachine {
     wmi[L"Win32_BaseBoard"].push_back({{L"SerialNumber", L"Only the first row counts"}});
     ticks = std::time(nullptr) * 10'000'000LL;
   }
-  ~WinePc() override {
-    if (geteuid() != getuid() && seteuid(getuid()) != 0) abort();
-  }
 
   // Without a lock, which would order threads and hide a race.
   std::optional<std::uint32_t> FailureOf(PlatformCall call, std::string_view subject) override {
@@ -48,6 +44,99 @@ class WinePc : public system_info::ScriptedMachine {
 };
 
 std::unique_ptr<WinePc> machine;
+
+std::string SetPart(const Arguments& arguments) {
+  const auto& [part, value] = std::pair(arguments.at(0), arguments.at(1));
+  std::wstring text;
+  for (const char byte : value) text += static_cast<unsigned char>(byte);
+  // This is what Wine shows in place of no text.
+  if (part == "product") {
+    machine->Set(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", text.empty() ? L"0" : text);
+  } else if (part == "board") {
+    machine->Set(L"Win32_BaseBoard", L"SerialNumber", text.empty() ? L"None" : text);
+  } else if (part == "pci") {
+    machine->pci_devices = {{true, value, "PCI adapter", {}}};
+  } else if (part == "all") {
+    machine->adapters.clear();  // So WMI is asked for the address, too.
+    for (auto& [class_text, rows] : machine->wmi) {
+      for (auto& [property, of_row] : rows[0]) of_row = text;
+    }
+  } else {
+    throw std::invalid_argument("no such part: " + part);
+  }
+  return "";
+}
+
+std::string Lose(const Arguments& arguments) {
+  if (arguments.at(0) == "hardware") {
+    machine->LoseHardware();
+  } else if (arguments[0] == "network") {
+    machine->adapters.clear();
+    std::erase_if(machine->wmi, [](const auto& c) { return c.second[0].contains(L"MACAddress"); });
+  } else {
+    throw std::invalid_argument("cannot lose " + arguments[0]);
+  }
+  return "";
+}
+
+std::string Enter(const Arguments& arguments) {
+  if (arguments.at(0) == "mta") {
+    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    return "0";
+  }
+  if (arguments[0] != "sta" && arguments[0] != "late") {
+    throw std::invalid_argument("no such apartment: " + arguments[0]);
+  }
+  const int last_good = arguments[0] == "late" ? 1 : 0;
+  machine->on_call = [last_good](PlatformCall call, auto) -> std::optional<std::uint32_t> {
+    if (call != PlatformCall::kCoInitializeEx || CountCollections() <= last_good) {
+      return std::nullopt;
+    }
+    return RPC_E_CHANGED_MODE;
+  };
+  return "0";
+}
+
+std::string Leave(const Arguments& /*none*/) {
+  machine->on_call = nullptr;
+  if (system_info::CountLiveObjects().apartment_entries > 0) CoUninitialize();
+  return "0, then -2147221008";
+}
+
+std::string Fail(const Arguments& arguments) {
+  using enum PlatformCall;
+  static const std::map<std::string, PlatformCall> kCalls = {
+      {"open", kCreateFile},      {"read", kReadFile},     {"write", kWriteFile},
+      {"short", kWriteFileShort}, {"delete", kDeleteFile}, {"mkdir", kCreateDirectory}};
+  const auto call = kCalls.find(arguments.at(0));
+  if (call == kCalls.end()) throw std::invalid_argument("no such platform call: " + arguments[0]);
+  constexpr std::uint32_t kCodeOrBytesWritten = 10;
+  machine->Fail(call->second, kCodeOrBytesWritten, arguments.size() > 1 ? arguments[1] : "");
+  return "";
+}
+
+std::string Halt(const Arguments& /*none*/) {
+  machine->At(PlatformCall::kCoInitializeEx, "", [] { throw 7; });
+  return "";
+}
+
+std::string Race(const Arguments& /*none*/) {
+  machine->foreseeable = false;
+  machine->At(PlatformCall::kCreateDirectory, "", [] {
+    system_info::WriteFileText(machine->Common("device.id"),
+                               "9-5-ABCDEF01-2345-6789-ABCD-EF0123456789");
+  });
+  return "";
+}
+
+std::string LoseFolders(const Arguments& /*none*/) {
+  machine->common_root = machine->user_root = std::nullopt;
+  // The library would go to the top of this computer's own tree.
+  for (const char* call : {"open", "delete", "mkdir"}) Fail({call});
+  return "";
+}
+
+std::string OnWindowsOnly(const Arguments& /*any*/) { return ""; }
 
 }  // namespace
 
@@ -64,58 +153,14 @@ void Renew() {
   machine = std::make_unique<WinePc>();
 }
 
-std::string Root(bool common) {
-  return (common ? machine->common_root : machine->user_root).value_or("");
-}
+std::string Root(bool common) { return machine->folder() + (common ? "/common" : "/user"); }
 
-// Without the right to read serial numbers. Adapters have the names that Linux gives them.
-void BecomeOrdinary() {
-  chmod(machine->folder().c_str(), 0755);
-  machine->Set(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", {});
-  machine->Set(L"Win32_BaseBoard", L"SerialNumber", {});
-  for (auto& adapter : machine->adapters) adapter.name = adapter.description;
-  if (geteuid() == 0 && seteuid(65534) != 0) throw std::runtime_error("no other account");
-}
-
-void SetPart(const std::string& part, const std::string& value) {
-  std::wstring text;
-  for (const char byte : value) text += static_cast<unsigned char>(byte);
-  // This is what Wine shows in place of no text.
-  if (part == "product") {
-    machine->Set(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", text.empty() ? L"0" : text);
-  }
-  if (part == "board") {
-    machine->Set(L"Win32_BaseBoard", L"SerialNumber", text.empty() ? L"None" : text);
-  }
-  if (part == "all") {
-    machine->adapters.clear();
-    for (auto& [class_text, rows] : machine->wmi) {
-      for (auto& [property, of_row] : rows[0]) of_row = text;
-    }
-  }
-  if (part == "account") BecomeOrdinary();
-  if (part == "pci") machine->pci_devices = {{true, value, "PCI adapter", {}}};
-  if (part == "hardware") machine->LoseHardware();
-  if (part != "network") return;
-  machine->adapters.clear();
-  std::erase_if(machine->wmi, [](const auto& c) { return c.second[0].contains(L"MACAddress"); });
-}
-
-std::string SetApartment(const std::string& apartment) {
-  // "late": in such an apartment from the second collection of a call on.
-  const int last = apartment == "late" ? 1 : 0;
-  if (apartment == "mta") CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-  if (apartment == "sta" || apartment == "late") {
-    machine->on_call = [last](PlatformCall call, auto) -> std::optional<std::uint32_t> {
-      if (call != PlatformCall::kCoInitializeEx || CountCollections() <= last) return std::nullopt;
-      return 0x80010106;
-    };
-  }
-  if (apartment != "none") return "";
-  machine->on_call = nullptr;
-  machine->Recover();
-  if (system_info::CountLiveObjects().apartment_entries > 0) CoUninitialize();
-  return "";
+const std::map<std::string, Verb>& Verbs() {
+  static const std::map<std::string, Verb> kVerbs = {
+      {"set", SetPart},         {"lose", Lose},           {"enter", Enter}, {"leave", Leave},
+      {"fail", Fail},           {"halt", Halt},           {"race", Race},   {"lost", LoseFolders},
+      {"cycle", OnWindowsOnly}, {"beside", OnWindowsOnly}};
+  return kVerbs;
 }
 
 int CountCollections() {
@@ -129,7 +174,7 @@ void StartCounting() {
 
 bool IsForeseeable() { return machine->foreseeable; }
 
-std::string RunProcesses(int processes, int threads, const std::vector<std::string>& task) {
+int RunProcesses(int processes, int threads, const Arguments& task) {
   machine->in_crowd = true;
   for (int process = 0; process < processes; ++process) {
     if (fork() != 0) continue;
@@ -145,29 +190,7 @@ std::string RunProcesses(int processes, int threads, const std::vector<std::stri
   machine->in_crowd = false;
   int sum = 0;
   for (int status = 0; wait(&status) > 0;) sum += status;
-  return std::to_string(sum) + " failures";
-}
-
-// "trouble CALL [FOLDER]": a platform call fails from now on, everywhere or in one folder.
-std::string PlayOther(const std::vector<std::string>& step) {
-  using enum PlatformCall;
-  static const std::map<std::string, PlatformCall> kCalls = {
-      {"open", kCreateFile},      {"read", kReadFile},     {"write", kWriteFile},
-      {"short", kWriteFileShort}, {"delete", kDeleteFile}, {"mkdir", kCreateDirectory}};
-  if (step[0] != "trouble") return "";
-  const auto call = kCalls.find(step[1]);
-  if (call != kCalls.end()) machine->Fail(call->second, 10, step.size() > 2 ? step[2] : "");
-  if (step[1] == "halt") machine->At(kCoInitializeEx, "", [] { throw 7; });
-  machine->foreseeable = step[1] != "race";
-  if (step[1] == "race") {
-    machine->At(kCreateDirectory, "", [] {
-      system_info::WriteFileText(machine->Common("device.id"),
-                                 "9-5-ABCDEF01-2345-6789-ABCD-EF0123456789");
-    });
-  }
-  if (step[1] == "lost") machine->common_root = machine->user_root = std::nullopt;
-  if (step[1] == "lost") machine->Fail(kCreateFile, 10);
-  return "";
+  return sum;
 }
 
 }  // namespace pc

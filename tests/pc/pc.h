@@ -4,6 +4,7 @@
 #ifndef DEVICEID_TESTS_PC_PC_H_
 #define DEVICEID_TESTS_PC_PC_H_
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -26,15 +27,24 @@ std::string Root(bool common);
 // Makes it another PC, with no file of the library's on it.
 void Renew();
 
-// Gives it another part: "product" or "board", a serial number as bytes; "pci", the instance id of
-// its PCI adapter, which may be empty for none; "hardware" or "network", only to lose them;
-// natively "account", an ordinary one instead of root, and "all", every value that WMI has, which
-// is then asked for the address, too.
-void SetPart(const std::string& part, const std::string& value);
+// Plays a step, given by its arguments, and answers it. Throws std::exception if they are wrong.
+using Arguments = std::vector<std::string>;
+using Verb = std::string (*)(const Arguments&);
 
-// Puts this thread into the apartment "sta" or "mta" as the host, or ends that with "none" and says
-// what the host could do in it and after it.
-std::string SetApartment(const std::string& apartment);
+// The steps that the builds play in ways of their own, by name:
+//
+//   set PART BYTES       another "product" or "board" serial number, or "pci" adapter, by its
+//                        instance id, which may be empty for none; natively, "all" values of WMI
+//   lose WHAT            the "hardware" or the "network"
+//   enter APARTMENT      the host's thread enters an "sta" or "mta"; natively, "late" is an "sta"
+//                        that begins between the two readings of a call
+//   leave                ends that, and says what the host could do in the apartment and after it
+//   cycle TIMES          on Windows: loads, calls and unloads the library, and says what is left
+//   beside DLL           on Windows: loads the library anew into a process that has that DLL
+//   threads N TASK       on Windows: CountFailures on so many threads of this process
+//   fail CALL [FOLDER]   natively: a platform call fails from now on
+//   halt, race, lost     natively: COM throws; another process is faster; the folders are unknown
+const std::map<std::string, Verb>& Verbs();
 
 // How often the hardware was collected since StartCounting, or -1.
 int CountCollections();
@@ -45,14 +55,11 @@ bool IsForeseeable();
 
 // Runs so many processes at once, each of which calls CountFailures on so many threads, and adds up
 // what they counted.
-std::string RunProcesses(int processes, int threads, const std::vector<std::string>& task);
+int RunProcesses(int processes, int threads, const Arguments& task);
 
 // Calls the library CALLS times for the id ID in format 2.0 and counts what comes of it otherwise.
 // `task` is CALLS KIND ID. On a "new" PC result 4 is no failure: there may be no id yet.
-int CountFailures(const std::vector<std::string>& task);
-
-// What only one of the builds can play.
-std::string PlayOther(const std::vector<std::string>& step);
+int CountFailures(const Arguments& task);
 
 }  // namespace pc
 

@@ -1,21 +1,30 @@
 // Reads steps from standard input, one a line with tabs between its words, plays them, and answers
-// each with one line. Texts of any kind go in and out as hexadecimal bytes.
+// each with one line. Texts of any kind go in and out as hexadecimal bytes. Ends with 2 at a step
+// that it does not know.
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <sstream>
+#include <stdexcept>
 
 #include "pc/pc.h"
+#include "support/clock.h"
 #include "support/foreseen_call.h"
-#include "tools/deviceid/machine_state.h"
-#include "tools/deviceid/state_folders.h"
 #include "values/format_version.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using pc::Arguments;
+using system_info::ForeseenCall;
+using system_info::MadeCall;
+using system_info::PlayedExport;
+
+constexpr const char* kFolders[] = {"common", "user", "old-common", "old-user"};
+constexpr char kUntouched = '#';
 
 std::string Hex(const std::string& bytes) {
   std::string text;
@@ -28,15 +37,18 @@ std::string Hex(const std::string& bytes) {
 
 std::string Bytes(const std::string& hex) {
   std::string bytes;
-  for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
+  for (std::size_t i = 0; i < hex.size(); i += 2) {
     bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
   }
   return bytes;
 }
 
-// "common", "user", "old-common" and "old-user" are the library's folders, and "/NAME" is in them.
+// Of one of the folders above, or of "/NAME" in it.
 fs::path Path(const std::string& text) {
   const std::string folder = text.substr(0, text.find('/'));
+  if (std::find(std::begin(kFolders), std::end(kFolders), folder) == std::end(kFolders)) {
+    throw std::invalid_argument("no such folder: " + folder);
+  }
   const std::string root = pc::Root(folder.ends_with("common"));
   return root + (folder.starts_with("old-") ? "/Fennel" : "/BrindleQuayWorks") +
          text.substr(folder.size());
@@ -45,7 +57,7 @@ fs::path Path(const std::string& text) {
 // NAME=BYTES of all files in those folders.
 std::string Files() {
   std::string text;
-  for (const std::string folder : {"common", "user", "old-common", "old-user"}) {
+  for (const std::string folder : kFolders) {
     if (!fs::is_directory(Path(folder))) continue;
     for (const auto& entry : fs::directory_iterator(Path(folder))) {
       std::ifstream file(entry.path(), std::ios::binary);
@@ -56,130 +68,159 @@ std::string Files() {
   return text;
 }
 
-using system_info::ForeseenCall;
-using system_info::PlayedExport;
+// A call that a step asks for: NAME FORMAT FLAGS.
+struct Call {
+  explicit Call(const Arguments& arguments)
+      : name(arguments.at(0)),
+        format(arguments.at(1)),
+        flags(static_cast<std::uint32_t>(std::stoul(arguments.at(2)))) {}
 
-// The call behind a name of an export; "ex" takes formats as numbers.
-ForeseenCall ForeseenOf(const std::vector<std::string>& step) {
-  if (step[1] == "recheck") return {PlayedExport::kRecheck, step[2], 0};
-  if (step[1] == "ex") {
-    const char* format = system_info::VersionText(std::stoi(step[2]));
-    return {PlayedExport::kGet, format != nullptr ? format : "", 0};
-  }
-  const auto flags = static_cast<uint32_t>(std::stoul(step[3]));
-  return {step[1] == "mod" ? PlayedExport::kMod : PlayedExport::kGet, step[2], flags};
+  std::string name;
+  std::string format;
+  std::uint32_t flags;
+};
+
+ForeseenCall ForeseenOf(const Call& call) {
+  if (call.name == "RecheckHardwareId") return {PlayedExport::kRecheck, call.format, 0};
+  if (call.name == "GetHardwareIdMod") return {PlayedExport::kMod, call.format, call.flags};
+  if (call.name == "GetHardwareId") return {PlayedExport::kGet, call.format, 0};
+  const char* format = system_info::VersionText(std::stoi(call.format));
+  return {PlayedExport::kGet, format != nullptr ? format : "", 0};
 }
 
-int Make(const std::vector<std::string>& step, std::string& id, std::string& log) {
-  const auto id_size = static_cast<uint32_t>(id.size()), size = static_cast<uint32_t>(log.size());
+MadeCall Make(const Call& call) {
+  char id[64] = {kUntouched};
+  std::string log(1 << 16, 0);
+  log[0] = kUntouched;
+  const auto log_size = static_cast<std::uint32_t>(log.size());
   const pc::Library library = pc::TheLibrary();
-  const char* version = step[2].c_str();
+  const char* format = call.format.c_str();
+  MadeCall made;
   pc::StartCounting();
-  if (step[1] == "get") return library.get(id.data(), id_size, version, log.data(), size);
-  if (step[1] == "recheck") return library.recheck(id.data(), id_size, version, log.data(), size);
-  if (step[1] == "ex") {
-    return library.ex(id.data(), id_size, std::stoi(step[2]), log.data(), size);
+  if (call.name == "GetHardwareId") {
+    made.result = library.get(id, sizeof(id), format, log.data(), log_size);
+  } else if (call.name == "RecheckHardwareId") {
+    made.result = library.recheck(id, sizeof(id), format, log.data(), log_size);
+  } else if (call.name == "GetHardwareIdMod") {
+    made.result = library.mod(id, sizeof(id), format, log.data(), log_size, call.flags);
+  } else if (call.name == "GetHardwareIdEx") {
+    made.result = library.ex(id, sizeof(id), std::stoi(call.format), log.data(), log_size);
+  } else {
+    throw std::invalid_argument("no such call: " + call.name);
   }
-  return library.mod(id.data(), id_size, version, log.data(), size,
-                     static_cast<uint32_t>(std::stoul(step[3])));
+  made.id = id;
+  if (log[0] != kUntouched) made.log = log.c_str();
+  return made;
 }
 
-// Every call is played before it is made. The result of one that came out otherwise is -1.
-int MakeForeseen(const std::vector<std::string>& step, std::string& id, std::string& log) {
-  if (!pc::IsForeseeable()) return Make(step, id, log);
+// Makes a call, which is played before where it can be, and tells in `differences` what came out
+// otherwise than it was played.
+MadeCall MakeForeseen(const Call& call, std::string& differences) {
+  if (!pc::IsForeseeable()) return Make(call);
   const auto hardware = system_info::ReadThisMachine();
-  int result = -1;
-  const auto make = [&] {
-    result = Make(step, id, log);
-    system_info::MadeCall made = {result, id.c_str(), std::nullopt};
-    if (log[0] != '#') made.log = log.c_str();
-    return made;
-  };
   std::vector<std::string> folders;
-  for (const std::string folder : {"common", "user", "old-common", "old-user"}) {
-    folders.push_back(Path(folder).string());
-  }
-  pc::StartCounting();
-  const std::string differences = DifferencesOf(ForeseenOf(step), *hardware, folders, make);
-  std::cerr << differences;
-  return differences.empty() ? result : -1;
+  for (const std::string folder : kFolders) folders.push_back(Path(folder).string());
+  MadeCall made;
+  differences = DifferencesOf(ForeseenOf(call), *hardware, folders, [&] {
+    made = Make(call);
+    return made;
+  });
+  return made;
 }
 
-std::string last_log;
-
-// call NAME VERSION FLAGS gives: result, times that the hardware was collected, id, log, files.
-std::string Call(const std::vector<std::string>& step) {
-  std::string id(64, 0), log(1 << 16, 0);
-  id[0] = log[0] = '#';
+// Gives: result, times that the hardware was collected, the time before and after, whether files
+// changed, what was not foreseen, id, log, files.
+std::string PlayCall(const Arguments& arguments) {
+  const std::string files_before = Files();
+  const std::int64_t before = system_info::PresentSeconds();
+  std::string differences;
+  const MadeCall made = MakeForeseen(Call(arguments), differences);
+  const int collections = pc::CountCollections();
+  const std::string files = Files();
   std::ostringstream answer;
-  answer << MakeForeseen(step, id, log) << '\t' << pc::CountCollections() << '\t'
-         << Hex(id.substr(0, id.find('\0'))) << '\t' << Hex(log.substr(0, log.find('\0')))
-         << Files();
-  last_log = log.c_str();
+  answer << made.result << '\t' << collections << '\t' << before << '\t'
+         << system_info::PresentSeconds() << '\t' << (files != files_before) << '\t'
+         << Hex(differences) << '\t' << Hex(made.id) << '\t' << Hex(made.log.value_or("")) << files;
   return answer.str();
 }
 
-system_info::Explanation ExplainSource(const std::string& source) {
-  if (source == "log") return system_info::ExplainLog(last_log);
-  if (source == "copy")
-    return ExplainFolder(deviceid::ReadKeptFolder(Path("common").make_preferred()));
-  const auto hardware = system_info::ReadThisMachine();
-  return ExplainMachine(deviceid::LookAtMachine("2.0", *hardware));
+std::string Renew(const Arguments& /*none*/) {
+  pc::Renew();
+  return std::to_string(system_info::PresentSeconds());
 }
 
-// explain SOURCE gives: VERDICT STATUS, PART STATE, ...: SENTENCE Do: ADVICE
-std::string Explain(const std::string& source) {
-  const system_info::Explanation told = ExplainSource(source);
-  const char* verdict = TextOf(told.verdict);
-  std::string text = (verdict ? verdict : "null") + (" " + std::to_string(told.status));
-  for (const auto& part : told.parts) {
-    const std::string state = TextOf(part.state);
-    if (state != "same" && state != "unknown") text += ", " + NameOf(part) + " " + state;
-  }
-  text += ": " + told.sentence + (told.advice.empty() ? "" : " Do: " + told.advice);
-  for (const std::string folder : {"common", "user"}) {
-    const std::string path = Path(folder).make_preferred().string();
-    while (text.find(path) != text.npos) text.replace(text.find(path), path.size(), folder);
-  }
-  return text;
-}
+std::string Version(const Arguments& /*none*/) { return pc::TheLibrary().version(); }
 
-std::string Play(const std::vector<std::string>& step) {
-  if (step[0] == "call") return Call(step);
-  if (step[0] == "explain") return Explain(step[1]);
-  if (step[0] == "renew") return pc::Renew(), "";
-  if (step[0] == "version") return pc::TheLibrary().version();
-  if (step[0] == "set") return pc::SetPart(step[1], Bytes(step.size() > 2 ? step[2] : "")), "";
-  if (step[0] == "apartment") return pc::SetApartment(step[1]);
-  if (step[0] == "remove") return fs::remove_all(Path(step[1])), "";
-  if (step[0] == "processes") {
-    return pc::RunProcesses(std::stoi(step[1]), std::stoi(step[2]), {step.begin() + 3, step.end()});
-  }
-  if (step[0] != "write") return pc::PlayOther(step);
-  fs::create_directories(Path(step[1]).parent_path());
-  std::ofstream(Path(step[1]), std::ios::binary) << Bytes(step.size() > 2 ? step[2] : "");
+std::string Write(const Arguments& arguments) {
+  const fs::path path = Path(arguments.at(0));
+  fs::create_directories(path.parent_path());
+  std::ofstream(path, std::ios::binary) << Bytes(arguments.size() > 1 ? arguments[1] : "");
   return "";
+}
+
+std::string Remove(const Arguments& arguments) {
+  fs::remove_all(Path(arguments.at(0)));
+  return "";
+}
+
+std::string MakeFolder(const Arguments& arguments) {
+  fs::create_directories(Path(arguments.at(0)));
+  return "";
+}
+
+std::string Processes(const Arguments& arguments) {
+  const int processes = std::stoi(arguments.at(0));
+  const int threads = std::stoi(arguments.at(1));
+  return std::to_string(
+      pc::RunProcesses(processes, threads, {arguments.begin() + 2, arguments.end()}));
+}
+
+std::string Set(const Arguments& arguments) {
+  return pc::Verbs().at("set")({arguments.at(0), Bytes(arguments.size() > 1 ? arguments[1] : "")});
+}
+
+const std::map<std::string, pc::Verb> kVerbs = {
+    {"renew", Renew},   {"call", PlayCall},     {"version", Version},     {"write", Write},
+    {"remove", Remove}, {"folder", MakeFolder}, {"processes", Processes}, {"set", Set}};
+
+std::string Play(const std::string& verb, const Arguments& arguments) {
+  for (const auto& verbs : {kVerbs, pc::Verbs()}) {
+    const auto found = verbs.find(verb);
+    if (found != verbs.end()) return found->second(arguments);
+  }
+  throw std::invalid_argument("no such step: " + verb);
+}
+
+std::string PlayLine(const std::string& line) {
+  std::istringstream words(line);
+  std::string verb;
+  std::getline(words, verb, '\t');
+  Arguments arguments;
+  for (std::string word; std::getline(words, word, '\t');) arguments.push_back(word);
+  return Play(verb, arguments);
 }
 
 }  // namespace
 
-int pc::CountFailures(const std::vector<std::string>& task) {
+int pc::CountFailures(const Arguments& task) {
   int failures = 0;
-  for (int i = 0; i < std::stoi(task[0]); ++i) {
+  for (int i = 0; i < std::stoi(task.at(0)); ++i) {
     char id[64] = "";
     const int result = TheLibrary().get(id, sizeof(id), "2.0", nullptr, 99);
-    const bool no_id_yet = result == 4 && task[1] == "new";
-    if (!no_id_yet && (result != 0 || id != task[2])) ++failures;
+    const bool no_id_yet = result == 4 && task.at(1) == "new";
+    if (!no_id_yet && (result != 0 || id != task.at(2))) ++failures;
   }
   return failures;
 }
 
 int main(int argc, char** argv) {
-  if (argc > 1) return std::stoi(pc::PlayOther({argv + 1, argv + argc}));
-  for (std::string line; std::getline(std::cin, line);) {
-    std::vector<std::string> step;
-    std::istringstream words(line);
-    for (std::string word; std::getline(words, word, '\t');) step.push_back(word);
-    std::cout << Play(step) << std::endl;
+  try {
+    if (argc > 1) return std::stoi(Play(argv[1], {argv + 2, argv + argc}));
+    for (std::string line; std::getline(std::cin, line);) {
+      std::cout << PlayLine(line) << std::endl;
+    }
+  } catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 2;
   }
 }

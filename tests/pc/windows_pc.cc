@@ -14,6 +14,7 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 
 #include "pc/pc.h"
 #include "support/foreseen_call.h"
@@ -55,6 +56,48 @@ void SetPciAdapter(const std::string& instance_id) {
   SetRegistry("Control\\Class\\" + kNetClass + "\\0001", "NetCfgInstanceId", instance_id);
 }
 
+std::string SetPart(const Arguments& arguments) {
+  const auto& [part, value] = std::pair(arguments.at(0), arguments.at(1));
+  if (part == "pci") {
+    SetPciAdapter(value);
+  } else if (part == "product" || part == "board") {
+    std::ofstream("Z:/sys/class/dmi/id/" + part + "_serial", std::ios::binary) << value << '\n';
+  } else {
+    throw std::invalid_argument("no such part: " + part);
+  }
+  return "";
+}
+
+// The run has no network from its beginning.
+std::string Lose(const Arguments& arguments) {
+  if (arguments.at(0) != "network") throw std::invalid_argument("cannot lose " + arguments[0]);
+  return "";
+}
+
+std::string Enter(const Arguments& arguments) {
+  const bool single = arguments.at(0) == "sta";
+  if (!single && arguments[0] != "mta") {
+    throw std::invalid_argument("no such apartment: " + arguments[0]);
+  }
+  return std::to_string(
+      CoInitializeEx(nullptr, single ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED));
+}
+
+// What comes of making a COM object.
+std::string UseCom() {
+  IUnknown* object = nullptr;
+  const HRESULT result = CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER,
+                                          IID_IUnknown, reinterpret_cast<void**>(&object));
+  if (object != nullptr) object->Release();
+  return std::to_string(result);
+}
+
+std::string Leave(const Arguments& /*none*/) {
+  const std::string inside = UseCom();
+  CoUninitialize();
+  return inside + ", then " + UseCom();
+}
+
 // What this process has, by the system's own tables: its counter of handles is a stub in Wine.
 std::string CountResources() {
   struct Handle {
@@ -69,7 +112,8 @@ std::string CountResources() {
   static std::vector<DWORD> slots(2000);
   slots.clear();
   const auto query = Find<decltype(&NtQuerySystemInformation)>("ntdll", "NtQuerySystemInformation");
-  query(static_cast<SYSTEM_INFORMATION_CLASS>(16), &table, sizeof(table), nullptr);
+  constexpr auto kSystemHandleInformation = static_cast<SYSTEM_INFORMATION_CLASS>(16);
+  query(kSystemHandleInformation, &table, sizeof(table), nullptr);
   const auto handles = std::count_if(
       table.handles, table.handles + table.count,
       [](const Handle& handle) { return handle.process == (GetCurrentProcessId() & 0xffff); });
@@ -81,12 +125,15 @@ std::string CountResources() {
     threads += thread.th32OwnerProcessID == GetCurrentProcessId();
   }
   CloseHandle(snapshot);
-  for (DWORD slot = 0; (slot = TlsAlloc()) != TLS_OUT_OF_INDEXES;) slots.push_back(slot);
+  for (DWORD slot = TlsAlloc(); slot != TLS_OUT_OF_INDEXES; slot = TlsAlloc()) {
+    slots.push_back(slot);
+  }
   for (const DWORD slot : slots) TlsFree(slot);
   int blocks = 0;
   // The C runtime has a heap of its own.
   HANDLE heaps[16];
-  for (DWORD heap = GetProcessHeaps(16, heaps); heap-- > 0;) {
+  const DWORD heap_count = GetProcessHeaps(16, heaps);
+  for (DWORD heap = 0; heap < heap_count; ++heap) {
     PROCESS_HEAP_ENTRY entry = {};
     while (HeapWalk(heaps[heap], &entry)) blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
   }
@@ -98,20 +145,25 @@ void Unload() {
   while (FreeLibrary(GetModuleHandleA("deviceid.dll"))) continue;
 }
 
-// Loads, calls and unloads the library so often, and says what that leaves.
-std::string Cycle(int times) {
+std::string CallAndUnload() {
+  char id[64];
+  const auto get = Find<decltype(&::GetHardwareId)>("deviceid.dll", "GetHardwareId");
+  const int result = get(id, sizeof(id), "1.5", nullptr, 0);
+  FreeLibrary(GetModuleHandleA("deviceid.dll"));
+  if (result != 0) return "result " + std::to_string(result);
+  return GetModuleHandleA("deviceid.dll") != nullptr ? "stays loaded" : "";
+}
+
+std::string Cycle(const Arguments& arguments) {
   Unload();
   // Each of them has a block of its own already.
   std::string before(99, ' '), after(99, ' ');
-  for (int i = 0; i < times + 10; ++i) {
-    // What the system itself loads and keeps comes with the first calls.
-    if (i == 10) before = CountResources();
-    char id[64];
-    const auto get = Find<decltype(&::GetHardwareId)>("deviceid.dll", "GetHardwareId");
-    const int result = get(id, sizeof(id), "1.5", nullptr, 0);
-    FreeLibrary(GetModuleHandleA("deviceid.dll"));
-    if (result != 0) return "result " + std::to_string(result);
-    if (GetModuleHandleA("deviceid.dll") != nullptr) return "stays loaded";
+  // What the system itself loads and keeps comes with the first calls.
+  constexpr int kFirstCalls = 10;
+  for (int i = 0; i < std::stoi(arguments.at(0)) + kFirstCalls; ++i) {
+    if (i == kFirstCalls) before = CountResources();
+    const std::string failure = CallAndUnload();
+    if (!failure.empty()) return failure;
   }
   after = CountResources();
   CreateEventA(nullptr, FALSE, FALSE, nullptr);
@@ -119,14 +171,29 @@ std::string Cycle(int times) {
   return after == before ? "nothing left" : before + ", then " + after;
 }
 
-std::vector<std::string> task_of_threads;
+// The name of the DLL ends otherwise in 64 bits.
+std::string LoadBeside(const Arguments& arguments) {
+  Unload();
+  const std::string name = arguments.at(0) + (sizeof(void*) == 4 ? "_dw2-1.dll" : "_seh-1.dll");
+  return LoadLibraryA(name.c_str()) != nullptr ? "loaded" : "not there";
+}
+
+Arguments task_of_threads;
 std::atomic<int> failures;
 
 DWORD WINAPI RunThread(void* /*unused*/) {
   // Wine's WMI crashes when threads use it at the same time; in such an apartment none is used.
-  if (task_of_threads[1] == "sta") CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+  if (task_of_threads.at(1) == "sta") CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   failures += CountFailures(task_of_threads);
   return 0;
+}
+
+std::string RunThreads(const Arguments& arguments) {
+  task_of_threads.assign(arguments.begin() + 1, arguments.end());
+  std::vector<HANDLE> threads(std::stoul(arguments.at(0)));
+  for (HANDLE& thread : threads) thread = CreateThread(nullptr, 0, RunThread, nullptr, 0, nullptr);
+  WaitForMultipleObjects(static_cast<DWORD>(threads.size()), threads.data(), TRUE, INFINITE);
+  return std::to_string(failures);
 }
 
 }  // namespace
@@ -150,34 +217,16 @@ void Renew() {
     std::filesystem::remove_all(Root(common) + "/BrindleQuayWorks");
     std::filesystem::remove_all(Root(common) + "/Fennel");
   }
-  SetPart("product", "PF0XYZ");
-  SetPart("board", "BOARD7");
-  SetPart("pci", "");
+  SetPart({"product", "PF0XYZ"});
+  SetPart({"board", "BOARD7"});
+  SetPart({"pci", ""});
 }
 
-void SetPart(const std::string& part, const std::string& value) {
-  if (part == "pci") return SetPciAdapter(value);
-  if (part == "product" || part == "board") {
-    std::ofstream("Z:/sys/class/dmi/id/" + part + "_serial", std::ios::binary) << value << '\n';
-  }
-}
-
-std::string SetApartment(const std::string& apartment) {
-  const auto code = [](HRESULT result) { return std::to_string(result); };
-  if (apartment != "none") {
-    const DWORD kind = apartment == "sta" ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED;
-    return code(CoInitializeEx(nullptr, kind));
-  }
-  const auto use = [] {
-    IUnknown* object = nullptr;
-    const HRESULT result = CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER,
-                                            IID_IUnknown, reinterpret_cast<void**>(&object));
-    if (object != nullptr) object->Release();
-    return result;
-  };
-  const std::string inside = code(use());
-  CoUninitialize();
-  return inside + ", then " + code(use());
+const std::map<std::string, Verb>& Verbs() {
+  static const std::map<std::string, Verb> kVerbs = {
+      {"set", SetPart}, {"lose", Lose},         {"enter", Enter},       {"leave", Leave},
+      {"cycle", Cycle}, {"beside", LoadBeside}, {"threads", RunThreads}};
+  return kVerbs;
 }
 
 int CountCollections() { return -1; }
@@ -186,12 +235,12 @@ void StartCounting() {}
 
 bool IsForeseeable() { return true; }
 
-std::string RunProcesses(int processes, int threads, const std::vector<std::string>& task) {
+int RunProcesses(int processes, int threads, const Arguments& task) {
   std::vector<intptr_t> started;
   for (int i = 0; i < processes; ++i) {
     started.push_back(_spawnl(_P_NOWAIT, "player.exe", "player.exe", "threads",
-                              std::to_string(threads).c_str(), task[0].c_str(), task[1].c_str(),
-                              task[2].c_str(), nullptr));
+                              std::to_string(threads).c_str(), task.at(0).c_str(),
+                              task.at(1).c_str(), task.at(2).c_str(), nullptr));
   }
   int sum = 0;
   for (const intptr_t process : started) {
@@ -199,24 +248,7 @@ std::string RunProcesses(int processes, int threads, const std::vector<std::stri
     _cwait(&status, process, 0);
     sum += std::abs(status);
   }
-  return std::to_string(sum) + " failures";
-}
-
-std::string PlayOther(const std::vector<std::string>& step) {
-  if (step[0] == "cycle") return Cycle(std::stoi(step[1]));
-  // "beside DLL": the library is loaded anew into a process that has loaded that one, whose name
-  // ends otherwise in 64 bits.
-  if (step[0] == "beside") {
-    Unload();
-    const std::string name = step[1] + (sizeof(void*) == 4 ? "_dw2-1.dll" : "_seh-1.dll");
-    return LoadLibraryA(name.c_str()) != nullptr ? "loaded" : "not there";
-  }
-  if (step[0] != "threads") return "no such step";
-  task_of_threads.assign(step.begin() + 2, step.end());
-  std::vector<HANDLE> threads(std::stoul(step[1]));
-  for (HANDLE& thread : threads) thread = CreateThread(nullptr, 0, RunThread, nullptr, 0, nullptr);
-  WaitForMultipleObjects(static_cast<DWORD>(threads.size()), threads.data(), TRUE, INFINITE);
-  return std::to_string(failures);
+  return sum;
 }
 
 }  // namespace pc
