@@ -1,16 +1,19 @@
 #!/usr/bin/env python3
-"""Applies docs/explain.schema.json to the JSON of each explanation in a test program.
+"""Applies docs/explain.schema.json to the JSON of each explanation in the stories of PCs.
 
-  explain_schema_test.py EXPLANATION_TEST
+  explain_schema_test.py PLAYER
 """
 import json
 import os
 import pathlib
-import subprocess
 import sys
 import tempfile
 
 import jsonschema
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent / "pc"))
+from play import STORIES, play  # pylint: disable=wrong-import-position
+from story import read_stories  # pylint: disable=wrong-import-position
 
 SCHEMA = pathlib.Path(__file__).resolve().parent.parent / "docs/explain.schema.json"
 
@@ -21,8 +24,8 @@ def main():
     validator = jsonschema.Draft202012Validator(schema)
     with tempfile.TemporaryDirectory() as folder:
         path = pathlib.Path(folder, "explanations")
-        subprocess.run([sys.argv[1]], env={**os.environ, "DEVICEID_EXPLANATIONS": str(path)},
-                       stdout=subprocess.DEVNULL, check=True)
+        os.environ["DEVICEID_EXPLANATIONS"] = str(path)
+        play([story for story in read_stories(STORIES) if "explained" in story.text], sys.argv[1:])
         explanations = json.loads("[" + path.read_text().rstrip(",\n") + "]")
     for explanation in explanations:
         validator.validate(explanation)

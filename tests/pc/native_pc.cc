@@ -1,5 +1,6 @@
 // The scripted machine in the shape in which Wine shows its PC.
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 
 #include "pc/pc.h"
 #include "platform/windows_api.h"
+#include "support/clock.h"
 #include "support/scripted_machine.h"
 
 namespace pc {
@@ -30,7 +32,10 @@ class WinePc : public system_info::ScriptedMachine {
         {"{00000003-0000-0000-0000-4E6574446576}", "other", {0x02, 0, 0, 0, 0, 0x01}}};
     pci_devices.clear();
     wmi[L"Win32_BaseBoard"].push_back({{L"SerialNumber", L"Only the first row counts"}});
-    ticks = std::time(nullptr) * 10'000'000LL;
+    ticks = std::time(nullptr) * system_info::kTicksPerSecond;
+  }
+  ~WinePc() override {
+    if (geteuid() != getuid() && seteuid(getuid()) != 0) abort();
   }
 
   // Without a lock, which would order threads and hide a race.
@@ -54,6 +59,8 @@ std::string SetPart(const Arguments& arguments) {
     machine->Set(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", text.empty() ? L"0" : text);
   } else if (part == "board") {
     machine->Set(L"Win32_BaseBoard", L"SerialNumber", text.empty() ? L"None" : text);
+  } else if (part == "volume") {
+    machine->Set(L"win32_logicaldisk WHERE deviceid=\"C:\"", L"VolumeSerialNumber", text);
   } else if (part == "pci") {
     machine->pci_devices = {{true, value, "PCI adapter", {}}};
   } else if (part == "all") {
@@ -67,12 +74,26 @@ std::string SetPart(const Arguments& arguments) {
   return "";
 }
 
+// An ordinary account of Linux cannot read serial numbers, and adapters have short names there.
+void LoseRights() {
+  constexpr uid_t kNobody = 65534;
+  machine->Set(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", {});
+  machine->Set(L"Win32_BaseBoard", L"SerialNumber", {});
+  for (auto& adapter : machine->adapters) adapter.name = adapter.description;
+  chmod(machine->folder().c_str(), 0755);
+  if (geteuid() != 0) return;
+  const bool moved = chown(Root(false).c_str(), kNobody, kNobody) == 0 && seteuid(kNobody) == 0;
+  if (!moved) throw std::runtime_error("no other account");
+}
+
 std::string Lose(const Arguments& arguments) {
   if (arguments.at(0) == "hardware") {
     machine->LoseHardware();
   } else if (arguments[0] == "network") {
     machine->adapters.clear();
     std::erase_if(machine->wmi, [](const auto& c) { return c.second[0].contains(L"MACAddress"); });
+  } else if (arguments[0] == "rights") {
+    LoseRights();
   } else {
     throw std::invalid_argument("cannot lose " + arguments[0]);
   }
@@ -107,11 +128,19 @@ std::string Fail(const Arguments& arguments) {
   using enum PlatformCall;
   static const std::map<std::string, PlatformCall> kCalls = {
       {"open", kCreateFile},      {"read", kReadFile},     {"write", kWriteFile},
-      {"short", kWriteFileShort}, {"delete", kDeleteFile}, {"mkdir", kCreateDirectory}};
+      {"short", kWriteFileShort}, {"delete", kDeleteFile}, {"mkdir", kCreateDirectory},
+      {"wmi", kConnectServer}};
   const auto call = kCalls.find(arguments.at(0));
   if (call == kCalls.end()) throw std::invalid_argument("no such platform call: " + arguments[0]);
   constexpr std::uint32_t kCodeOrBytesWritten = 10;
-  machine->Fail(call->second, kCodeOrBytesWritten, arguments.size() > 1 ? arguments[1] : "");
+  machine->Fail(call->second, call->second == kConnectServer ? 0x80041003 : kCodeOrBytesWritten,
+                arguments.size() > 1 ? arguments[1] : "");
+  return "";
+}
+
+std::string Pass(const Arguments& arguments) {
+  constexpr std::int64_t kSecondsPerDay = 86'400;
+  machine->ticks += std::stoi(arguments.at(0)) * kSecondsPerDay * system_info::kTicksPerSecond;
   return "";
 }
 
@@ -136,7 +165,7 @@ std::string LoseFolders(const Arguments& /*none*/) {
   return "";
 }
 
-std::string OnWindowsOnly(const Arguments& /*any*/) { return ""; }
+std::string OnWindowsOnly(const Arguments& /*any*/) { return "on Windows only"; }
 
 }  // namespace
 
@@ -157,9 +186,9 @@ std::string Root(bool common) { return machine->folder() + (common ? "/common" :
 
 const std::map<std::string, Verb>& Verbs() {
   static const std::map<std::string, Verb> kVerbs = {
-      {"set", SetPart},         {"lose", Lose},           {"enter", Enter}, {"leave", Leave},
-      {"fail", Fail},           {"halt", Halt},           {"race", Race},   {"lost", LoseFolders},
-      {"cycle", OnWindowsOnly}, {"beside", OnWindowsOnly}};
+      {"set", SetPart},      {"lose", Lose},           {"enter", Enter},         {"leave", Leave},
+      {"fail", Fail},        {"halt", Halt},           {"pass", Pass},           {"race", Race},
+      {"lost", LoseFolders}, {"cycle", OnWindowsOnly}, {"beside", OnWindowsOnly}};
   return kVerbs;
 }
 

@@ -34,8 +34,8 @@ using Verb = std::string (*)(const Arguments&);
 // The steps that the builds play in ways of their own, by name:
 //
 //   set PART BYTES       another "product" or "board" serial number, or "pci" adapter, by its
-//                        instance id, which may be empty for none; natively, "all" values of WMI
-//   lose WHAT            the "hardware" or the "network"
+//                        instance id, which may be empty for none; natively, the "volume" or "all"
+//   lose WHAT            the "hardware" or the "network"; natively, the "rights" of root
 //   enter APARTMENT      the host's thread enters an "sta" or "mta"; natively, "late" is an "sta"
 //                        that begins between the two readings of a call
 //   leave                ends that, and says what the host could do in the apartment and after it
@@ -43,6 +43,7 @@ using Verb = std::string (*)(const Arguments&);
 //   beside DLL           on Windows: loads the library anew into a process that has that DLL
 //   threads N TASK       on Windows: CountFailures on so many threads of this process
 //   fail CALL [FOLDER]   natively: a platform call fails from now on
+//   pass DAYS            natively: the clock goes on
 //   halt, race, lost     natively: COM throws; another process is faster; the folders are unknown
 const std::map<std::string, Verb>& Verbs();
 

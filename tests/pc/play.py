@@ -14,6 +14,7 @@ import sys
 from story import Reply, read_stories
 
 HERE = pathlib.Path(__file__).parent
+STORIES = HERE / "stories.txt"
 WINE = HERE / "../../tools/wine/wine_root.sh"
 SECONDS_TO_PLAY = 400
 
@@ -66,7 +67,7 @@ def main():
     native_player, *windows_player = sys.argv[1:]
     if not pathlib.Path(native_player).exists():
         sys.exit("the player of the preset linux is to be built first")
-    stories = read_stories(HERE / "stories.txt")
+    stories = read_stories(STORIES)
     native = play(stories, [native_player])
     faults = faults_of(stories, native)
     if windows_player:

@@ -3,6 +3,7 @@
 // that it does not know.
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -10,9 +11,12 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "inspection/explanation_json.h"
 #include "pc/pc.h"
 #include "support/clock.h"
 #include "support/foreseen_call.h"
+#include "tools/deviceid/machine_state.h"
+#include "tools/deviceid/state_folders.h"
 #include "values/format_version.h"
 
 namespace {
@@ -128,6 +132,8 @@ MadeCall MakeForeseen(const Call& call, std::string& differences) {
   return made;
 }
 
+std::string last_log;
+
 // Gives: result, times that the hardware was collected, the time before and after, whether files
 // changed, what was not foreseen, id, log, files.
 std::string PlayCall(const Arguments& arguments) {
@@ -137,11 +143,51 @@ std::string PlayCall(const Arguments& arguments) {
   const MadeCall made = MakeForeseen(Call(arguments), differences);
   const int collections = pc::CountCollections();
   const std::string files = Files();
+  last_log = made.log.value_or("");
   std::ostringstream answer;
   answer << made.result << '\t' << collections << '\t' << before << '\t'
          << system_info::PresentSeconds() << '\t' << (files != files_before) << '\t'
-         << Hex(differences) << '\t' << Hex(made.id) << '\t' << Hex(made.log.value_or("")) << files;
+         << Hex(differences) << '\t' << Hex(made.id) << '\t' << Hex(last_log) << files;
   return answer.str();
+}
+
+// Of the "machine", the log of its "next" call, that of the "last" one, or the common folder as a
+// "copy".
+system_info::Explanation ExplainSource(const std::string& source, const std::string& format) {
+  if (source == "last") return system_info::ExplainLog(last_log);
+  if (source == "copy") return ExplainFolder(deviceid::ReadKeptFolder(Path("common")));
+  const auto hardware = system_info::ReadThisMachine();
+  if (source == "machine") return ExplainMachine(deviceid::LookAtMachine(format, *hardware));
+  if (source != "next") throw std::invalid_argument("cannot explain " + source);
+  return system_info::ExplainLog(PlayCall(PlayedExport::kGet, format, 0, *hardware).log);
+}
+
+// SOURCE FORMAT gives: verdict and status, with the id, each part that is not as it was, the
+// warnings, the sentence, what to do. Keeps the JSON for explain_schema_test.py.
+std::string Explain(const Arguments& arguments) {
+  const auto told = ExplainSource(arguments.at(0), arguments.at(1));
+  if (const char* path = std::getenv("DEVICEID_EXPLANATIONS")) {
+    std::ofstream(path, std::ios::app) << ToJson(told) << ",\n";
+  }
+  const char* verdict = TextOf(told.verdict);
+  std::string text = verdict != nullptr ? verdict : "undecided";
+  text += ", status " + std::to_string(told.status) + '\t';
+  for (const system_info::Part& part : told.parts) {
+    const bool plain = part.state == system_info::PartState::kSame ||
+                       part.state == system_info::PartState::kUnknown;
+    if (!plain) text += ", " + NameOf(part) + ' ' + TextOf(part.state);
+  }
+  text += '\t' + told.sentence + "\tDo: " + told.advice + "\tId: " + told.id.value_or("none");
+  for (const system_info::Warning& warning : told.warnings) {
+    text += "\tWarning: " + warning.code + "\tNote: " + warning.text;
+  }
+  for (const std::string folder : {"common", "user"}) {
+    const std::string path = Path(folder).make_preferred().string();
+    for (std::size_t at = text.find(path); at != std::string::npos; at = text.find(path)) {
+      text.replace(at, path.size(), folder);
+    }
+  }
+  return text;
 }
 
 std::string Renew(const Arguments& /*none*/) {
@@ -180,8 +226,9 @@ std::string Set(const Arguments& arguments) {
 }
 
 const std::map<std::string, pc::Verb> kVerbs = {
-    {"renew", Renew},   {"call", PlayCall},     {"version", Version},     {"write", Write},
-    {"remove", Remove}, {"folder", MakeFolder}, {"processes", Processes}, {"set", Set}};
+    {"renew", Renew},       {"call", PlayCall},       {"version", Version},
+    {"write", Write},       {"explain", Explain},     {"remove", Remove},
+    {"folder", MakeFolder}, {"processes", Processes}, {"set", Set}};
 
 std::string Play(const std::string& verb, const Arguments& arguments) {
   for (const auto& verbs : {kVerbs, pc::Verbs()}) {

@@ -23,8 +23,29 @@ WINDOWS = "deaddead-dead-dead-dead-deaddeaddead12345-oem-0000001-54321"
 
 FLAGS = {"": 0, "SkipDateCheck": 1, "ForceRandomHid": 2, "UseEmulatedHardwareIds": 4}
 APARTMENTS = {"single-threaded": "sta", "multithreaded": "mta"}
-PLATFORM_CALLS = {"opening": "open", "reading": "read", "writing": "write", "deleting": "delete",
-                  "making a folder": "mkdir"}
+
+# Sentences that are one step each.
+PLAIN_SENTENCES = {
+    "Take away the hardware": "lose hardware",
+    "Take away the network": "lose network",
+    "Take away the rights of root": "lose rights",
+    "Enter a single-threaded apartment between the two readings of the hardware": "enter late",
+    "Let opening fail": "fail open",
+    "Let opening fail in the common folder": "fail open common",
+    "Let reading fail in the common folder": "fail read common",
+    "Let writing fail in the common folder": "fail write common",
+    "Let every write stop after 10 bytes": "fail short",
+    "Let deleting fail": "fail delete",
+    "Let making a folder fail": "fail mkdir",
+    "Let making a folder fail in the common folder": "fail mkdir common",
+    "Let the connection to WMI fail": "fail wmi",
+    "Let the reading of the hardware end the call": "halt",
+    "Let another process store id B as the folder is made": "race",
+    "Let the system not know the folders": "lost",
+}
+SOURCES = {"The machine": "machine", "Its next call": "next", "The last call": "last",
+           "A copy of the common folder": "copy"}
+NOT_HERE = "on Windows only"
 TIMES = {"never": 0, "once": 1, "twice": 2}
 
 # Where a record has its date, behind the version "2.0", the id and the type; and the date of one
@@ -188,13 +209,16 @@ class Story:
     def promise_answer(self, wanted, *words):
         number = self.step(*words)
         self.promise(f"{' '.join(words)} gives {wanted}",
-                     lambda answers: "" if answers[number] == wanted else answers[number])
+                     lambda answers: "" if answers[number] in (wanted, NOT_HERE) else answers[number])
 
     def read(self, line):
         if line.startswith("  "):
             self.log.append(line.strip())
             return
         self.text += line + "\n"
+        if line in PLAIN_SENTENCES:
+            self.step(*PLAIN_SENTENCES[line].split())
+            return
         for pattern, method in SENTENCES:
             found = pattern.fullmatch(line)
             if found:
@@ -209,14 +233,10 @@ class Story:
         if "user" not in self.text and "returns" in self.text:
             self.holds("user", "nothing")
 
-    @sentence(f"Set the (product|board|PCI adapter) to {TEXT}|Set (all) values to {TEXT}")
+    @sentence(f"Set the (volume|product|board|PCI adapter) to {TEXT}|Set (all) values to {TEXT}")
     def set_part(self, part, text, every, same_text):
         value = text_of(text or same_text).encode("latin1")
         self.step("set", every or part.removesuffix(" adapter").lower(), value.hex())
-
-    @sentence("Take away the (hardware|network)")
-    def lose(self, what):
-        self.step("lose", what)
 
     @sentence(f"Put (.+) into {PATH}")
     def write(self, words, path):
@@ -239,28 +259,11 @@ class Story:
         self.promise_answer("0", "enter", APARTMENTS[kind])
         self.apartment = kind
 
-    @sentence("Enter a single-threaded apartment between the two readings of the hardware")
-    def enter_late(self):
-        self.step("enter", "late")
-
     @sentence("Leave the apartment")
     def leave(self):
         # It was in COM inside, and is no more: the library's own entries are undone.
         self.promise_answer("0, then -2147221008", "leave")
         self.apartment = ""
-
-    @sentence(r"Let (opening|reading|writing|deleting|making a folder) fail(?: in the (common) folder)?")
-    def let_fail(self, what, folder):
-        self.step("fail", PLATFORM_CALLS[what], folder or "")
-
-    @sentence("Let every write stop after 10 bytes")
-    def let_writing_stop(self):
-        self.step("fail", "short")
-
-    @sentence("Let (the reading of the hardware end the call|"
-              "another process store id B as the folder is made|the system not know the folders)")
-    def let_happen(self, what):
-        self.step("halt" if "end the call" in what else "race" if "id B" in what else "lost")
 
     @sentence(r'(\w+)\((?:"(.*?)"|(\d+))(?:, ([\w |]+))?\) returns (.+)')
     def call(self, name, text, number, flags, wanted):
@@ -286,6 +289,24 @@ class Story:
             return "" if new else reply.id
         right = (reply.result, reply.id) == (0, made_id(wanted, version, self.random))
         return "" if right else f"{came}, {reply.id}"
+
+    @sentence(r"Let (-?\d+) days pass")
+    def let_days_pass(self, days):
+        self.step("pass", days)
+
+    @sentence(r"(The machine|Its next call|The last call|A copy of the common folder)(?: of format (\S+))? is "
+              r"explained as ([a-z-]+, status \d+)(?:, with (.+))?")
+    def explained(self, source, version, verdict, parts):
+        """What is told beside the verdict and the parts is promised line by line."""
+        wanted = self.log = []
+        place = self.step("explain", SOURCES[source], version or "2.0")
+
+        def check(answers):
+            seen_verdict, seen_parts, *lines = answers[place].split("\t")
+            missing = [line for line in wanted if line not in lines]
+            right = (seen_verdict, seen_parts.removeprefix(", ")) == (verdict, parts or "")
+            return "" if right and not missing else answers[place]
+        self.promise(f"{source} is explained as {verdict}", check)
 
     @sentence("The log (ends with|has)")
     def log_has(self, how):
@@ -366,17 +387,11 @@ class Story:
 
     @sentence(r"Loading, calling and unloading it (\d+) times leaves nothing behind")
     def cycle(self, times):
-        self.on_windows("nothing left", "cycle", times)
+        self.promise_answer("nothing left", "cycle", times)
 
     @sentence(r"Load (\w+) before the library")
     def load_beside(self, dll):
-        self.on_windows("loaded", "beside", dll)
-
-    def on_windows(self, wanted, *words):
-        """Natively, the answer is empty."""
-        number = self.step(*words)
-        self.promise(f"{' '.join(words)} gives {wanted}",
-                     lambda answers: "" if answers[number] in ("", wanted) else answers[number])
+        self.promise_answer("loaded", "beside", dll)
 
     def fault(self, answers):
         """The first promise that is not kept and what came, with the log of the last call."""
