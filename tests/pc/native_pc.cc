@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <future>
+#include <map>
 #include <memory>
 #include <stdexcept>
 
@@ -50,8 +51,116 @@ class WinePc : public system_info::ScriptedMachine {
 
 std::unique_ptr<WinePc> machine;
 
-std::string SetPart(const Arguments& arguments) {
-  const auto& [part, value] = std::pair(arguments.at(0), arguments.at(1));
+// An ordinary account of Linux cannot read serial numbers, and adapters have short names there.
+void LoseRights() {
+  constexpr uid_t kNobody = 65534;
+  machine->Set(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", {});
+  machine->Set(L"Win32_BaseBoard", L"SerialNumber", {});
+  for (auto& adapter : machine->adapters) adapter.name = adapter.description;
+  chmod(machine->folder().c_str(), 0755);
+  if (geteuid() != 0) return;
+  const bool moved = chown(Root(false).c_str(), kNobody, kNobody) == 0 && seteuid(kNobody) == 0;
+  if (!moved) throw std::runtime_error("no other account");
+}
+
+void Lose(const Arguments& arguments, std::string& /*none*/) {
+  if (arguments.at(0) == "hardware") {
+    machine->LoseHardware();
+  } else if (arguments[0] == "network") {
+    machine->adapters.clear();
+    std::erase_if(machine->wmi, [](const auto& c) { return c.second[0].contains(L"MACAddress"); });
+  } else if (arguments[0] == "rights") {
+    LoseRights();
+  } else {
+    throw std::invalid_argument("cannot lose " + arguments[0]);
+  }
+}
+
+void Enter(const Arguments& arguments, std::string& answer) {
+  answer = "0";
+  if (arguments.at(0) == "mta") {
+    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    return;
+  }
+  if (arguments[0] != "sta" && arguments[0] != "late") {
+    throw std::invalid_argument("no such apartment: " + arguments[0]);
+  }
+  const int good_readings = arguments[0] == "late" ? 1 : 0;
+  machine->on_call = [good_readings](PlatformCall call, auto) -> std::optional<std::uint32_t> {
+    const bool fails = call == PlatformCall::kCoInitializeEx && CountCollections() > good_readings;
+    return fails ? std::optional<std::uint32_t>(RPC_E_CHANGED_MODE) : std::nullopt;
+  };
+}
+
+void Leave(const Arguments& /*none*/, std::string& answer) {
+  machine->on_call = nullptr;
+  if (system_info::CountLiveObjects().apartment_entries > 0) CoUninitialize();
+  answer = "0, then -2147221008";
+}
+
+void Fail(const Arguments& arguments, std::string& /*none*/) {
+  using enum PlatformCall;
+  constexpr std::uint32_t kAccessDenied = 5, kBytesWritten = 10, kWmiAccessDenied = 0x80041003;
+  static const std::map<std::string, std::pair<PlatformCall, std::uint32_t>> kFailures = {
+      {"open", {kCreateFile, kAccessDenied}},      {"read", {kReadFile, kAccessDenied}},
+      {"write", {kWriteFile, kAccessDenied}},      {"short", {kWriteFileShort, kBytesWritten}},
+      {"delete", {kDeleteFile, kAccessDenied}},    {"mkdir", {kCreateDirectory, kAccessDenied}},
+      {"wmi", {kConnectServer, kWmiAccessDenied}},
+  };
+  const auto found = kFailures.find(arguments.at(0));
+  if (found == kFailures.end()) throw std::invalid_argument("cannot let fail: " + arguments[0]);
+  const auto& [call, code] = found->second;
+  machine->Fail(call, code, arguments.size() > 1 ? arguments[1] : "");
+}
+
+void Pass(const Arguments& arguments, std::string& /*none*/) {
+  constexpr std::int64_t kSecondsPerDay = 86'400;
+  machine->ticks += std::stoi(arguments.at(0)) * kSecondsPerDay * system_info::kTicksPerSecond;
+}
+
+void Halt(const Arguments& /*none*/, std::string& /*none*/) {
+  machine->At(PlatformCall::kCoInitializeEx, "", [] { throw 7; });
+}
+
+void Race(const Arguments& /*none*/, std::string& /*none*/) {
+  machine->foreseeable = false;
+  machine->At(PlatformCall::kCreateDirectory, "", [] {
+    system_info::WriteFileText(machine->Common("device.id"),
+                               "9-5-ABCDEF01-2345-6789-ABCD-EF0123456789");
+  });
+}
+
+void LoseFolders(const Arguments& /*none*/, std::string& none) {
+  machine->common_root = machine->user_root = std::nullopt;
+  // The library would go to the top of this computer's own tree.
+  for (const char* call : {"open", "delete", "mkdir"}) Fail({call}, none);
+}
+
+void OnWindowsOnly(const Arguments& /*any*/, std::string& answer) { answer = "on Windows only"; }
+
+const std::map<std::string, Verb> kVerbs = {
+    {"lose", Lose},           {"enter", Enter},         {"leave", Leave}, {"fail", Fail},
+    {"pass", Pass},           {"halt", Halt},           {"race", Race},   {"lost", LoseFolders},
+    {"cycle", OnWindowsOnly}, {"beside", OnWindowsOnly}};
+
+}  // namespace
+
+Library TheLibrary() {
+  return {&::GetHardwareId, &::RecheckHardwareId, &::GetHardwareIdMod, &::GetHardwareIdEx,
+          &::GetHIDVersion};
+}
+
+void Renew() {
+  if (!(system_info::CountLiveObjects() == system_info::LiveObjects{})) {
+    throw std::runtime_error("objects of the platform are left over");
+  }
+  machine.reset();
+  machine = std::make_unique<WinePc>();
+}
+
+std::string Root(bool common) { return machine->folder() + (common ? "/common" : "/user"); }
+
+void SetPart(const std::string& part, const std::string& value) {
   std::wstring text;
   for (const char byte : value) text += static_cast<unsigned char>(byte);
   // This is what Wine shows in place of no text.
@@ -71,125 +180,12 @@ std::string SetPart(const Arguments& arguments) {
   } else {
     throw std::invalid_argument("no such part: " + part);
   }
-  return "";
 }
 
-// An ordinary account of Linux cannot read serial numbers, and adapters have short names there.
-void LoseRights() {
-  constexpr uid_t kNobody = 65534;
-  machine->Set(L"Win32_ComputerSystemProduct", L"IdentifyingNumber", {});
-  machine->Set(L"Win32_BaseBoard", L"SerialNumber", {});
-  for (auto& adapter : machine->adapters) adapter.name = adapter.description;
-  chmod(machine->folder().c_str(), 0755);
-  if (geteuid() != 0) return;
-  const bool moved = chown(Root(false).c_str(), kNobody, kNobody) == 0 && seteuid(kNobody) == 0;
-  if (!moved) throw std::runtime_error("no other account");
-}
-
-std::string Lose(const Arguments& arguments) {
-  if (arguments.at(0) == "hardware") {
-    machine->LoseHardware();
-  } else if (arguments[0] == "network") {
-    machine->adapters.clear();
-    std::erase_if(machine->wmi, [](const auto& c) { return c.second[0].contains(L"MACAddress"); });
-  } else if (arguments[0] == "rights") {
-    LoseRights();
-  } else {
-    throw std::invalid_argument("cannot lose " + arguments[0]);
-  }
-  return "";
-}
-
-std::string Enter(const Arguments& arguments) {
-  if (arguments.at(0) == "mta") {
-    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    return "0";
-  }
-  if (arguments[0] != "sta" && arguments[0] != "late") {
-    throw std::invalid_argument("no such apartment: " + arguments[0]);
-  }
-  const int last_good = arguments[0] == "late" ? 1 : 0;
-  machine->on_call = [last_good](PlatformCall call, auto) -> std::optional<std::uint32_t> {
-    if (call != PlatformCall::kCoInitializeEx || CountCollections() <= last_good) {
-      return std::nullopt;
-    }
-    return RPC_E_CHANGED_MODE;
-  };
-  return "0";
-}
-
-std::string Leave(const Arguments& /*none*/) {
-  machine->on_call = nullptr;
-  if (system_info::CountLiveObjects().apartment_entries > 0) CoUninitialize();
-  return "0, then -2147221008";
-}
-
-std::string Fail(const Arguments& arguments) {
-  using enum PlatformCall;
-  static const std::map<std::string, PlatformCall> kCalls = {
-      {"open", kCreateFile},      {"read", kReadFile},     {"write", kWriteFile},
-      {"short", kWriteFileShort}, {"delete", kDeleteFile}, {"mkdir", kCreateDirectory},
-      {"wmi", kConnectServer}};
-  const auto call = kCalls.find(arguments.at(0));
-  if (call == kCalls.end()) throw std::invalid_argument("no such platform call: " + arguments[0]);
-  constexpr std::uint32_t kCodeOrBytesWritten = 10;
-  machine->Fail(call->second, call->second == kConnectServer ? 0x80041003 : kCodeOrBytesWritten,
-                arguments.size() > 1 ? arguments[1] : "");
-  return "";
-}
-
-std::string Pass(const Arguments& arguments) {
-  constexpr std::int64_t kSecondsPerDay = 86'400;
-  machine->ticks += std::stoi(arguments.at(0)) * kSecondsPerDay * system_info::kTicksPerSecond;
-  return "";
-}
-
-std::string Halt(const Arguments& /*none*/) {
-  machine->At(PlatformCall::kCoInitializeEx, "", [] { throw 7; });
-  return "";
-}
-
-std::string Race(const Arguments& /*none*/) {
-  machine->foreseeable = false;
-  machine->At(PlatformCall::kCreateDirectory, "", [] {
-    system_info::WriteFileText(machine->Common("device.id"),
-                               "9-5-ABCDEF01-2345-6789-ABCD-EF0123456789");
-  });
-  return "";
-}
-
-std::string LoseFolders(const Arguments& /*none*/) {
-  machine->common_root = machine->user_root = std::nullopt;
-  // The library would go to the top of this computer's own tree.
-  for (const char* call : {"open", "delete", "mkdir"}) Fail({call});
-  return "";
-}
-
-std::string OnWindowsOnly(const Arguments& /*any*/) { return "on Windows only"; }
-
-}  // namespace
-
-Library TheLibrary() {
-  return {&::GetHardwareId, &::RecheckHardwareId, &::GetHardwareIdMod, &::GetHardwareIdEx,
-          &::GetHIDVersion};
-}
-
-void Renew() {
-  if (!(system_info::CountLiveObjects() == system_info::LiveObjects{})) {
-    throw std::runtime_error("objects of the platform are left over");
-  }
-  machine.reset();
-  machine = std::make_unique<WinePc>();
-}
-
-std::string Root(bool common) { return machine->folder() + (common ? "/common" : "/user"); }
-
-const std::map<std::string, Verb>& Verbs() {
-  static const std::map<std::string, Verb> kVerbs = {
-      {"set", SetPart},      {"lose", Lose},           {"enter", Enter},         {"leave", Leave},
-      {"fail", Fail},        {"halt", Halt},           {"pass", Pass},           {"race", Race},
-      {"lost", LoseFolders}, {"cycle", OnWindowsOnly}, {"beside", OnWindowsOnly}};
-  return kVerbs;
+bool PlayOther(const std::string& verb, const Arguments& arguments, std::string& answer) {
+  const auto found = kVerbs.find(verb);
+  if (found != kVerbs.end()) found->second(arguments, answer);
+  return found != kVerbs.end();
 }
 
 int CountCollections() {

@@ -4,7 +4,6 @@
 #ifndef DEVICEID_TESTS_PC_PC_H_
 #define DEVICEID_TESTS_PC_PC_H_
 
-#include <map>
 #include <string>
 #include <vector>
 
@@ -27,25 +26,27 @@ std::string Root(bool common);
 // Makes it another PC, with no file of the library's on it.
 void Renew();
 
-// Plays a step, given by its arguments, and answers it. Throws std::exception if they are wrong.
-using Arguments = std::vector<std::string>;
-using Verb = std::string (*)(const Arguments&);
+// Gives it another "product" or "board" serial number, or "pci" adapter, by its instance id, which
+// may be empty for none; natively, another "volume", or the same value for "all".
+void SetPart(const std::string& part, const std::string& value);
 
-// The steps that the builds play in ways of their own, by name:
+// What comes behind the name of a step; wrong arguments are a std::exception.
+using Arguments = std::vector<std::string>;
+using Verb = void (*)(const Arguments& arguments, std::string& answer);
+
+// Plays a step of these, or returns false:
 //
-//   set PART BYTES       another "product" or "board" serial number, or "pci" adapter, by its
-//                        instance id, which may be empty for none; natively, the "volume" or "all"
 //   lose WHAT            the "hardware" or the "network"; natively, the "rights" of root
 //   enter APARTMENT      the host's thread enters an "sta" or "mta"; natively, "late" is an "sta"
 //                        that begins between the two readings of a call
-//   leave                ends that, and says what the host could do in the apartment and after it
-//   cycle TIMES          on Windows: loads, calls and unloads the library, and says what is left
-//   beside DLL           on Windows: loads the library anew into a process that has that DLL
+//   leave                ends that, and answers what the host could do in the apartment and after
+//   it cycle TIMES          on Windows: loads, calls and unloads the library, and answers what is
+//   left beside DLL           on Windows: loads the library anew into a process that has that DLL
 //   threads N TASK       on Windows: CountFailures on so many threads of this process
 //   fail CALL [FOLDER]   natively: a platform call fails from now on
 //   pass DAYS            natively: the clock goes on
 //   halt, race, lost     natively: COM throws; another process is faster; the folders are unknown
-const std::map<std::string, Verb>& Verbs();
+bool PlayOther(const std::string& verb, const Arguments& arguments, std::string& answer);
 
 // How often the hardware was collected since StartCounting, or -1.
 int CountCollections();

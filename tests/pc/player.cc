@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 
@@ -74,13 +75,8 @@ std::string Files() {
 
 // A call that a step asks for: NAME FORMAT FLAGS.
 struct Call {
-  explicit Call(const Arguments& arguments)
-      : name(arguments.at(0)),
-        format(arguments.at(1)),
-        flags(static_cast<std::uint32_t>(std::stoul(arguments.at(2)))) {}
-
   std::string name;
-  std::string format;
+  std::string format;  // Of GetHardwareIdEx, a number.
   std::uint32_t flags;
 };
 
@@ -92,26 +88,27 @@ ForeseenCall ForeseenOf(const Call& call) {
   return {PlayedExport::kGet, format != nullptr ? format : "", 0};
 }
 
+int MakeWithBuffers(const Call& call, char* id, std::uint32_t id_size, char* log,
+                    std::uint32_t log_size) {
+  const pc::Library library = pc::TheLibrary();
+  const char* format = call.format.c_str();
+  if (call.name == "GetHardwareId") return library.get(id, id_size, format, log, log_size);
+  if (call.name == "RecheckHardwareId") return library.recheck(id, id_size, format, log, log_size);
+  if (call.name == "GetHardwareIdMod") {
+    return library.mod(id, id_size, format, log, log_size, call.flags);
+  }
+  if (call.name != "GetHardwareIdEx") throw std::invalid_argument("no such call: " + call.name);
+  return library.ex(id, id_size, std::stoi(call.format), log, log_size);
+}
+
 MadeCall Make(const Call& call) {
   char id[64] = {kUntouched};
   std::string log(1 << 16, 0);
   log[0] = kUntouched;
-  const auto log_size = static_cast<std::uint32_t>(log.size());
-  const pc::Library library = pc::TheLibrary();
-  const char* format = call.format.c_str();
-  MadeCall made;
   pc::StartCounting();
-  if (call.name == "GetHardwareId") {
-    made.result = library.get(id, sizeof(id), format, log.data(), log_size);
-  } else if (call.name == "RecheckHardwareId") {
-    made.result = library.recheck(id, sizeof(id), format, log.data(), log_size);
-  } else if (call.name == "GetHardwareIdMod") {
-    made.result = library.mod(id, sizeof(id), format, log.data(), log_size, call.flags);
-  } else if (call.name == "GetHardwareIdEx") {
-    made.result = library.ex(id, sizeof(id), std::stoi(call.format), log.data(), log_size);
-  } else {
-    throw std::invalid_argument("no such call: " + call.name);
-  }
+  MadeCall made;
+  made.result =
+      MakeWithBuffers(call, id, sizeof(id), log.data(), static_cast<std::uint32_t>(log.size()));
   made.id = id;
   if (log[0] != kUntouched) made.log = log.c_str();
   return made;
@@ -136,19 +133,21 @@ std::string last_log;
 
 // Gives: result, times that the hardware was collected, the time before and after, whether files
 // changed, what was not foreseen, id, log, files.
-std::string PlayCall(const Arguments& arguments) {
+void PlayCall(const Arguments& arguments, std::string& answer) {
+  const Call call = {arguments.at(0), arguments.at(1),
+                     static_cast<std::uint32_t>(std::stoul(arguments.at(2)))};
   const std::string files_before = Files();
   const std::int64_t before = system_info::PresentSeconds();
   std::string differences;
-  const MadeCall made = MakeForeseen(Call(arguments), differences);
+  const MadeCall made = MakeForeseen(call, differences);
+  last_log = made.log.value_or("");
   const int collections = pc::CountCollections();
   const std::string files = Files();
-  last_log = made.log.value_or("");
-  std::ostringstream answer;
-  answer << made.result << '\t' << collections << '\t' << before << '\t'
-         << system_info::PresentSeconds() << '\t' << (files != files_before) << '\t'
-         << Hex(differences) << '\t' << Hex(made.id) << '\t' << Hex(last_log) << files;
-  return answer.str();
+  std::ostringstream text;
+  text << made.result << '\t' << collections << '\t' << before << '\t'
+       << system_info::PresentSeconds() << '\t' << (files != files_before) << '\t'
+       << Hex(differences) << '\t' << Hex(made.id) << '\t' << Hex(last_log) << files;
+  answer = text.str();
 }
 
 // Of the "machine", the log of its "next" call, that of the "last" one, or the common folder as a
@@ -164,13 +163,13 @@ system_info::Explanation ExplainSource(const std::string& source, const std::str
 
 // SOURCE FORMAT gives: verdict and status, with the id, each part that is not as it was, the
 // warnings, the sentence, what to do. Keeps the JSON for explain_schema_test.py.
-std::string Explain(const Arguments& arguments) {
+void Explain(const Arguments& arguments, std::string& text) {
   const auto told = ExplainSource(arguments.at(0), arguments.at(1));
   if (const char* path = std::getenv("DEVICEID_EXPLANATIONS")) {
     std::ofstream(path, std::ios::app) << ToJson(told) << ",\n";
   }
   const char* verdict = TextOf(told.verdict);
-  std::string text = verdict != nullptr ? verdict : "undecided";
+  text = verdict != nullptr ? verdict : "undecided";
   text += ", status " + std::to_string(told.status) + '\t';
   for (const system_info::Part& part : told.parts) {
     const bool plain = part.state == system_info::PartState::kSame ||
@@ -187,64 +186,54 @@ std::string Explain(const Arguments& arguments) {
       text.replace(at, path.size(), folder);
     }
   }
-  return text;
 }
 
-std::string Renew(const Arguments& /*none*/) {
-  pc::Renew();
-  return std::to_string(system_info::PresentSeconds());
-}
-
-std::string Version(const Arguments& /*none*/) { return pc::TheLibrary().version(); }
-
-std::string Write(const Arguments& arguments) {
+void Write(const Arguments& arguments, std::string& /*none*/) {
   const fs::path path = Path(arguments.at(0));
   fs::create_directories(path.parent_path());
   std::ofstream(path, std::ios::binary) << Bytes(arguments.size() > 1 ? arguments[1] : "");
-  return "";
 }
 
-std::string Remove(const Arguments& arguments) {
-  fs::remove_all(Path(arguments.at(0)));
-  return "";
-}
-
-std::string MakeFolder(const Arguments& arguments) {
-  fs::create_directories(Path(arguments.at(0)));
-  return "";
-}
-
-std::string Processes(const Arguments& arguments) {
-  const int processes = std::stoi(arguments.at(0));
-  const int threads = std::stoi(arguments.at(1));
-  return std::to_string(
-      pc::RunProcesses(processes, threads, {arguments.begin() + 2, arguments.end()}));
-}
-
-std::string Set(const Arguments& arguments) {
-  return pc::Verbs().at("set")({arguments.at(0), Bytes(arguments.size() > 1 ? arguments[1] : "")});
+void RunProcesses(const Arguments& arguments, std::string& answer) {
+  answer = std::to_string(pc::RunProcesses(std::stoi(arguments.at(0)), std::stoi(arguments.at(1)),
+                                           {arguments.begin() + 2, arguments.end()}));
 }
 
 const std::map<std::string, pc::Verb> kVerbs = {
-    {"renew", Renew},       {"call", PlayCall},       {"version", Version},
-    {"write", Write},       {"explain", Explain},     {"remove", Remove},
-    {"folder", MakeFolder}, {"processes", Processes}, {"set", Set}};
+    {"call", PlayCall},
+    {"explain", Explain},
+    {"write", Write},
+    {"processes", RunProcesses},
+    {"remove", [](const Arguments& arguments, auto&) { fs::remove_all(Path(arguments.at(0))); }},
+    {"folder", [](auto& arguments, auto&) { fs::create_directories(Path(arguments.at(0))); }},
+    {"version", [](auto&, std::string& answer) { answer = pc::TheLibrary().version(); }},
+    {"renew",
+     [](auto&, std::string& answer) {
+       pc::Renew();
+       answer = std::to_string(system_info::PresentSeconds());
+     }},
+    {"set",
+     [](auto& arguments, auto&) {
+       pc::SetPart(arguments.at(0), Bytes(arguments.size() > 1 ? arguments[1] : ""));
+     }},
+};
 
 std::string Play(const std::string& verb, const Arguments& arguments) {
-  for (const auto& verbs : {kVerbs, pc::Verbs()}) {
-    const auto found = verbs.find(verb);
-    if (found != verbs.end()) return found->second(arguments);
+  std::string answer;
+  const auto found = kVerbs.find(verb);
+  if (found != kVerbs.end()) {
+    found->second(arguments, answer);
+  } else if (!pc::PlayOther(verb, arguments, answer)) {
+    throw std::invalid_argument("no such step: " + verb);
   }
-  throw std::invalid_argument("no such step: " + verb);
+  return answer;
 }
 
 std::string PlayLine(const std::string& line) {
   std::istringstream words(line);
-  std::string verb;
-  std::getline(words, verb, '\t');
   Arguments arguments;
   for (std::string word; std::getline(words, word, '\t');) arguments.push_back(word);
-  return Play(verb, arguments);
+  return Play(arguments.at(0), {arguments.begin() + 1, arguments.end()});
 }
 
 }  // namespace

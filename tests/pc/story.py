@@ -22,14 +22,17 @@ PARTS = {"volume": "1234abcd", "product": "pf0xyz", "board": "board7", "network"
 WINDOWS = "deaddead-dead-dead-dead-deaddeaddead12345-oem-0000001-54321"
 
 FLAGS = {"": 0, "SkipDateCheck": 1, "ForceRandomHid": 2, "UseEmulatedHardwareIds": 4}
-APARTMENTS = {"single-threaded": "sta", "multithreaded": "mta"}
 
-# Sentences that are one step each.
+# Sentences that are one step each, and its answer.
 PLAIN_SENTENCES = {
     "Take away the hardware": "lose hardware",
     "Take away the network": "lose network",
     "Take away the rights of root": "lose rights",
-    "Enter a single-threaded apartment between the two readings of the hardware": "enter late",
+    "Enter a single-threaded apartment": "enter sta = 0",
+    "Enter a multithreaded apartment": "enter mta = 0",
+    "Enter a single-threaded apartment between the two readings of the hardware": "enter late = 0",
+    # COM can be used inside, and no more: what the library entered it has left.
+    "Leave the apartment": "leave = 0, then -2147221008",
     "Let opening fail": "fail open",
     "Let opening fail in the common folder": "fail open common",
     "Let reading fail in the common folder": "fail read common",
@@ -42,6 +45,10 @@ PLAIN_SENTENCES = {
     "Let the reading of the hardware end the call": "halt",
     "Let another process store id B as the folder is made": "race",
     "Let the system not know the folders": "lost",
+    "Let 10 days pass": "pass 10",
+    "Load libgcc_s before the library": "beside libgcc_s = loaded",
+    "Loading, calling and unloading it 100 times leaves nothing behind": "cycle 100 = nothing left",
+    "The library's version is 2.0.0": "version = 2.0.0",
 }
 SOURCES = {"The machine": "machine", "Its next call": "next", "The last call": "last",
            "A copy of the common folder": "copy"}
@@ -195,7 +202,7 @@ class Story:
     def __init__(self, title, place):
         self.title, self.place = title, place
         self.steps, self.places, self.checks = [], [], []
-        self.random, self.reply, self.log, self.apartment, self.text = "", None, [], "", ""
+        self.random, self.reply, self.log, self.text = "", None, [], ""
         self.step("renew")
 
     def step(self, *words):
@@ -206,10 +213,9 @@ class Story:
     def promise(self, words, check):
         self.checks.append((self.place, words, check))
 
-    def promise_answer(self, wanted, *words):
+    def promise_answer(self, line, wanted, *words):
         number = self.step(*words)
-        self.promise(f"{' '.join(words)} gives {wanted}",
-                     lambda answers: "" if answers[number] in (wanted, NOT_HERE) else answers[number])
+        self.promise(line, lambda answers: "" if answers[number] in (wanted, NOT_HERE) else answers[number])
 
     def read(self, line):
         if line.startswith("  "):
@@ -217,7 +223,8 @@ class Story:
             return
         self.text += line + "\n"
         if line in PLAIN_SENTENCES:
-            self.step(*PLAIN_SENTENCES[line].split())
+            step, _, answer = PLAIN_SENTENCES[line].partition(" = ")
+            self.promise_answer(line, answer, *step.split())
             return
         for pattern, method in SENTENCES:
             found = pattern.fullmatch(line)
@@ -228,15 +235,14 @@ class Story:
 
     def finish(self):
         """What every story promises at its end."""
-        if self.apartment:
-            self.leave()
+        if re.search("Enter a (?!.*between)", self.text) and "Leave" not in self.text:
+            self.read("Leave the apartment")
         if "user" not in self.text and "returns" in self.text:
             self.holds("user", "nothing")
 
-    @sentence(f"Set the (volume|product|board|PCI adapter) to {TEXT}|Set (all) values to {TEXT}")
-    def set_part(self, part, text, every, same_text):
-        value = text_of(text or same_text).encode("latin1")
-        self.step("set", every or part.removesuffix(" adapter").lower(), value.hex())
+    @sentence(f"Set (?:the )?(volume|product|board|PCI adapter|all values) to {TEXT}")
+    def set_part(self, part, text):
+        self.step("set", part.split()[0].lower(), text_of(text).encode("latin1").hex())
 
     @sentence(f"Put (.+) into {PATH}")
     def write(self, words, path):
@@ -253,17 +259,6 @@ class Story:
         if of_it:
             words = of_it.replace("of it", f"of {owner}", 1)
             act("nothing" if of_it == "no record" else words, "common/hid_settings")
-
-    @sentence("Enter a (single-threaded|multithreaded) apartment")
-    def enter(self, kind):
-        self.promise_answer("0", "enter", APARTMENTS[kind])
-        self.apartment = kind
-
-    @sentence("Leave the apartment")
-    def leave(self):
-        # It was in COM inside, and is no more: the library's own entries are undone.
-        self.promise_answer("0, then -2147221008", "leave")
-        self.apartment = ""
 
     @sentence(r'(\w+)\((?:"(.*?)"|(\d+))(?:, ([\w |]+))?\) returns (.+)')
     def call(self, name, text, number, flags, wanted):
@@ -289,10 +284,6 @@ class Story:
             return "" if new else reply.id
         right = (reply.result, reply.id) == (0, made_id(wanted, version, self.random))
         return "" if right else f"{came}, {reply.id}"
-
-    @sentence(r"Let (-?\d+) days pass")
-    def let_days_pass(self, days):
-        self.step("pass", days)
 
     @sentence(r"(The machine|Its next call|The last call|A copy of the common folder)(?: of format (\S+))? is "
               r"explained as ([a-z-]+, status \d+)(?:, with (.+))?")
@@ -332,10 +323,8 @@ class Story:
 
     @sentence(r"(\d) values are read")
     def values_are_read(self, count):
-        def check(_):
-            seen = sum("WMI property" in line for line in self.reply.lines)
-            return "" if seen == int(count) else f"{seen}"
-        self.promise(f"{count} values are read", check)
+        self.promise(f"{count} values are read", lambda _: "" if int(count) == len(
+            [line for line in self.reply.lines if "WMI property" in line]) else "another number")
 
     @sentence(f"{PATH} holds (.+)")
     def holds(self, path, words):
@@ -375,23 +364,11 @@ class Story:
         listed = "parts " + ", ".join([text] * int(times[3])) if times[3] != "0" else "no parts"
         self.read(f"common/hid_settings holds a record of the id of {times[2]} times {text}, {listed}")
 
-    @sentence(r"The library's version is (.+)")
-    def version_is(self, version):
-        self.promise_answer(version, "version")
-
-    @sentence(r"(\d) processes of (\d) threads?, each calling (\d+) times, get the id( or none yet)?"
-              r"( in single-threaded apartments)?")
-    def processes_get(self, processes, threads, calls, none_yet, apartments):
+    @sentence(r"((\d) processes of (\d) threads?, each calling (\d+) times, get the id( or none yet)?"
+              r"( in single-threaded apartments)?)")
+    def processes_get(self, line, processes, threads, calls, none_yet, apartments):
         kind = "new" if none_yet else "sta" if apartments else "known"
-        self.promise_answer("0", "processes", processes, threads, calls, kind, made_id("the id", "2.0"))
-
-    @sentence(r"Loading, calling and unloading it (\d+) times leaves nothing behind")
-    def cycle(self, times):
-        self.promise_answer("nothing left", "cycle", times)
-
-    @sentence(r"Load (\w+) before the library")
-    def load_beside(self, dll):
-        self.promise_answer("loaded", "beside", dll)
+        self.promise_answer(line, "0", "processes", processes, threads, calls, kind, made_id("the id", "2.0"))
 
     def fault(self, answers):
         """The first promise that is not kept and what came, with the log of the last call."""

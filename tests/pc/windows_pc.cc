@@ -56,29 +56,9 @@ void SetPciAdapter(const std::string& instance_id) {
   SetRegistry("Control\\Class\\" + kNetClass + "\\0001", "NetCfgInstanceId", instance_id);
 }
 
-std::string SetPart(const Arguments& arguments) {
-  const auto& [part, value] = std::pair(arguments.at(0), arguments.at(1));
-  if (part == "pci") {
-    SetPciAdapter(value);
-  } else if (part == "product" || part == "board") {
-    std::ofstream("Z:/sys/class/dmi/id/" + part + "_serial", std::ios::binary) << value << '\n';
-  } else {
-    throw std::invalid_argument("no such part: " + part);
-  }
-  return "";
-}
-
-// The run has no network from its beginning.
-std::string Lose(const Arguments& arguments) {
-  if (arguments.at(0) != "network") throw std::invalid_argument("cannot lose " + arguments[0]);
-  return "";
-}
-
-std::string Enter(const Arguments& arguments) {
-  const bool single = arguments.at(0) == "sta";
-  if (!single && arguments[0] != "mta") {
-    throw std::invalid_argument("no such apartment: " + arguments[0]);
-  }
+std::string Enter(const std::string& apartment) {
+  const bool single = apartment == "sta";
+  if (!single && apartment != "mta") throw std::invalid_argument("no apartment: " + apartment);
   return std::to_string(
       CoInitializeEx(nullptr, single ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED));
 }
@@ -92,7 +72,7 @@ std::string UseCom() {
   return std::to_string(result);
 }
 
-std::string Leave(const Arguments& /*none*/) {
+std::string Leave() {
   const std::string inside = UseCom();
   CoUninitialize();
   return inside + ", then " + UseCom();
@@ -154,13 +134,13 @@ std::string CallAndUnload() {
   return GetModuleHandleA("deviceid.dll") != nullptr ? "stays loaded" : "";
 }
 
-std::string Cycle(const Arguments& arguments) {
+std::string Cycle(int times) {
   Unload();
   // Each of them has a block of its own already.
   std::string before(99, ' '), after(99, ' ');
   // What the system itself loads and keeps comes with the first calls.
   constexpr int kFirstCalls = 10;
-  for (int i = 0; i < std::stoi(arguments.at(0)) + kFirstCalls; ++i) {
+  for (int i = 0; i < times + kFirstCalls; ++i) {
     if (i == kFirstCalls) before = CountResources();
     const std::string failure = CallAndUnload();
     if (!failure.empty()) return failure;
@@ -172,9 +152,9 @@ std::string Cycle(const Arguments& arguments) {
 }
 
 // The name of the DLL ends otherwise in 64 bits.
-std::string LoadBeside(const Arguments& arguments) {
+std::string LoadBeside(const std::string& dll) {
   Unload();
-  const std::string name = arguments.at(0) + (sizeof(void*) == 4 ? "_dw2-1.dll" : "_seh-1.dll");
+  const std::string name = dll + (sizeof(void*) == 4 ? "_dw2-1.dll" : "_seh-1.dll");
   return LoadLibraryA(name.c_str()) != nullptr ? "loaded" : "not there";
 }
 
@@ -217,16 +197,34 @@ void Renew() {
     std::filesystem::remove_all(Root(common) + "/BrindleQuayWorks");
     std::filesystem::remove_all(Root(common) + "/Fennel");
   }
-  SetPart({"product", "PF0XYZ"});
-  SetPart({"board", "BOARD7"});
-  SetPart({"pci", ""});
+  SetPart("product", "PF0XYZ");
+  SetPart("board", "BOARD7");
+  SetPart("pci", "");
 }
 
-const std::map<std::string, Verb>& Verbs() {
-  static const std::map<std::string, Verb> kVerbs = {
-      {"set", SetPart}, {"lose", Lose},         {"enter", Enter},       {"leave", Leave},
-      {"cycle", Cycle}, {"beside", LoadBeside}, {"threads", RunThreads}};
-  return kVerbs;
+void SetPart(const std::string& part, const std::string& value) {
+  if (part == "pci") return SetPciAdapter(value);
+  if (part != "product" && part != "board") throw std::invalid_argument("no such part: " + part);
+  std::ofstream("Z:/sys/class/dmi/id/" + part + "_serial", std::ios::binary) << value << '\n';
+}
+
+bool PlayOther(const std::string& verb, const Arguments& arguments, std::string& answer) {
+  // The run has no network from its beginning.
+  if (verb == "lose" && arguments.at(0) == "network") return true;
+  if (verb == "leave") {
+    answer = Leave();
+  } else if (verb == "enter") {
+    answer = Enter(arguments.at(0));
+  } else if (verb == "cycle") {
+    answer = Cycle(std::stoi(arguments.at(0)));
+  } else if (verb == "beside") {
+    answer = LoadBeside(arguments.at(0));
+  } else if (verb == "threads") {
+    answer = RunThreads(arguments);
+  } else {
+    return false;
+  }
+  return true;
 }
 
 int CountCollections() { return -1; }
