@@ -14,21 +14,11 @@ namespace {
 using Ids = std::vector<std::string>;
 
 const std::string kId = "2-0-e605da79-8246-9201-b359-b533fafc9984";
-const StoredRecord kRecord = {"2.0", kId, 1, -2, {"ABC", "1234"}};
 
 class SettingsTest : public MachineTest {
  protected:
   const std::string file = pc.Common("hid_settings"), user_file = pc.User("hid_settings");
 };
-
-TEST_F(SettingsTest, EveryShortFileIsRemovedAndTheOtherFolderCounts) {
-  WriteFileText(user_file, kRecord.Bytes());
-  for (std::size_t length = 0; length < kRecord.Bytes().size(); ++length) {
-    WriteFileText(file, kRecord.Bytes().substr(0, length));
-    ASSERT_TRUE(LoadHidSettings()) << length;
-    ASSERT_EQ(ReadFileText(file), "<missing>") << length;
-  }
-}
 
 TEST_F(SettingsTest, WhatIsTooLongIsNotStored) {
   for (const std::size_t count : {256u, 257u}) {
