@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -159,105 +160,71 @@ class LinuxMachineTest : public MachineTest {
 const std::string kMounts = "|/proc/self/mountinfo=",
                   kRoot = kMounts + "25 1 8:1 / / rw - ext4 /dev/sda1 rw\n";
 
-TEST_F(LinuxMachineTest, SerialNumbersAreThoseOfFirmwareAndSystem) {
-  const std::string dmi = "|/sys/class/dmi/id/",
-                    tree = "|/sys/firmware/devicetree/base/serial-number=";
-  const std::string etc = "|/etc/machine-id=", bus = "|/var/lib/dbus/machine-id";
-  const std::string live = kMounts +
-                           "25 1 0:9 / / rw - overlay o rw,upperdir=/run/up,workdir=/w\n"
-                           "26 1 0:32 / /run rw shared:1 - ramfs b rw\n";
-  // What there is, and the values of format 1.1 that come of it.
-  const std::pair<std::string, std::string> computers[] = {
-      {dmi + "product_uuid=4C4C-" + dmi + "product_serial= PF0XYZ \n\n" + dmi +
-           "board_serial=BOARD\xe9\n" + tree + "unused" + etc + "01\n",
-       "4c4c-01 pf0xyz \nboard\xe9"},
-      // Not for everybody: what cannot be read is not there.
-      {dmi + "product_uuid/" + dmi + "product_serial/" + dmi + "board_serial/" + tree + "unused" +
-           etc + "id",
-       "id"},
-      {dmi + "product_uuid=0000-0000\n" + dmi + "board_serial=\n", ""},
-      {tree + "10000abc\0"s + etc + "id", "10000abcid"},
-      {tree + "\0"s, ""},
-      {etc + "etc" + bus + "=bus", "etc"},
-      {etc + "uninitialized\n" + bus + "=bus", "bus"},
-      {etc + "\n" + bus + "=bus", "bus"},
-      {bus + "=0000", ""},
-      // A name for one boot hides that of the disk, by either path.
-      {etc + "etc" + bus + ">../../../etc/machine-id" + kRoot +
-           "26 1 0:32 / /etc/machine-id rw - tmpfs b rw\n",
-       ""},
-      {etc + "etc" + kRoot + "26 1 0:32 / /etc/ma rw - tmpfs b rw\n", "etc"},
-      {etc + "etc" + kRoot + "26 1 0:32 / / rw - tmpfs b rw\n27 1 8:1 / / rw - ext4 b rw\n", "etc"},
-      {etc + "etc" + kMounts + std::string(5000, 'x') + "\n1 1 0:9 / /etc rw - tmpfs b rw\n", ""},
-      // A container knows the upper folder of its root by name only, unlike a live system.
-      {etc + "etc" + live, "etc"},
-      {etc + "etc" + live + "|/run/up/", ""},
-      {etc + "etc" + live + "27 1 8:1 / /run rw - ext4 b rw\n|/run/up/", "etc"}};
-  for (const auto& [entries, values] : computers) {
-    Make(entries);
-    EXPECT_EQ(Read({1, 1}), values) << entries;
+// The bytes that a text with the escapes of C stands for.
+std::string Unescaped(const std::string& text) {
+  std::string bytes;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool escaped = text[i] == '\\';
+    if (escaped) ++i;
+    if (escaped && text[i] == 'x') {
+      bytes += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
+      i += 2;
+    } else {
+      bytes += escaped && text[i] == 'n' ? '\n' : text[i];
+    }
   }
-  // All of it is lost with the next boot, and no list of mounts says so.
-  Make(etc + "etc");
-  at_root.type = RAMFS_MAGIC;
-  EXPECT_EQ(Read({1, 1}), "");
+  return bytes;
 }
 
-TEST_F(LinuxMachineTest, VolumeIsThatOfTheFileSystemAtTheRoot) {
-  const std::string uuid = "01020304-0506-0708-090a-0b0c0d0e0fab";
-  const std::array<std::uint8_t, 16> bytes = {1, 2,  3,  4,  5,  6,  7,  8,
-                                              9, 10, 11, 12, 13, 14, 15, 0xab};
-  const std::string block = "|/sys/dev/block/",
-                    sda1 = kRoot + block + "8:1>../../devices/block/sda/sda1";
-  const std::string link = "|/dev/disk/by-uuid/", udev = "|/run/udev/data/b",
-                    btrfs = "|/sys/fs/btrfs/";
-  const std::string sda2 = kMounts + "25 1 0:31 / / rw - btrfs /dev/sda2 rw\n";
-  const std::string dm0 = kMounts + "25 1 254:0 / / rw - xfs /dev/mapper/vg-root rw\n";
-  // What the kernel answers, what there is, and the volume.
-  const std::tuple<FileSystem, std::string, std::string> computers[] = {
-      {{EXT4_SUPER_MAGIC, bytes}, sda1 + link + "other>../../sda1", uuid},
-      {{XFS_SUPER_MAGIC, bytes}, "", uuid},  // In a chroot.
-      {{EXT4_SUPER_MAGIC, {{}}}, sda1 + link + "other>../../sda1", ""},
-      // Kernels before 6.9, and file systems without such a UUID.
-      {{}, sda1 + link + "b>../../sdb1" + link + "C0FF-EE>../../sda1", "c0ff-ee"},
-      {{}, sda1 + link + "b>../../sdb1", ""},
-      {{}, sda1 + link + "0000->../../sda1", ""},
-      {{}, link + "b>../../sda1", ""},
-      // The link of a copy hides that of the root.
-      {{}, sda1 + link + "same>../../sdb1" + udev + "8:1=E:A=1\nE:ID_FS_UUID=same\n", "same"},
-      {{},
-       sda1 + udev + "8:1=E:ID_FS_UUID=a b\nE:ID_FS_UUID_ENC=a\\x20b" + link + "b>../../sda1",
-       "a\\x20b"},
-      {{}, sda1 + udev + "8:1=S:disk\n" + link + "b>../../sda1", "b"},
-      // LVM or LUKS, by number and by source.
-      {{},
-       dm0 + block + "254:0>../../devices/virtual/block/dm-0" + link + "luks>../../sda2" + link +
-           "fs>../../dm-0",
-       "fs"},
-      {{}, dm0 + "|/dev/mapper/vg-root>../dm-0" + link + "fs>../../dm-0", "fs"},
-      // btrfs, on one device and on two, of which the link names the other.
-      {{}, sda2 + link + "one>../../sda2", "one"},
-      {{},
-       sda2 + btrfs + "features/x/" + btrfs + "two/devices/sda2/" + btrfs + "two/devices/sdb2/" +
-           link + "b>../../sda2",
-       "two"},
-      {{},
-       sda2 + "|/sys/class/block/sda2/dev=8:2\n" + udev + "8:2=E:ID_FS_UUID=udev" + link +
-           "b>../../sda2",
-       "udev"},
-      {{}, kRoot + btrfs + "two/devices/sda1/", ""},
-      {{}, kMounts + "25 1 0:31 / / rw - btrfs none rw\n" + btrfs + "two/devices/sda2/", ""},
-      {{}, kMounts + "25 1 0:40 / / rw - nfs4 host:/dev/sda2 rw\n" + link + "b>../../sda2", ""},
-      // Made anew at each boot, whatever UUID the kernel draws for it.
-      {{0, bytes}, kMounts + "25 1 0:9 / / rw - overlay o rw,upperdir=/disk/up\n", ""},
-      {{OVERLAYFS_SUPER_MAGIC, bytes}, "", ""},
-      {{0, bytes}, kRoot + "26 25 0:30 / / rw - tmpfs t rw\n", ""},
-      {{TMPFS_MAGIC, bytes}, kMounts + "no mount\n26 25 0:30 / /mnt rw - ext4 t rw\n", ""}};
-  for (const auto& [answer, entries, volume] : computers) {
-    Make(entries);
-    at_root = answer;
-    EXPECT_EQ(Read({2, 0}), volume) << entries;
+// "TYPE UUID", both as the kernel tells them.
+FileSystem FileSystemOf(const std::string& type, const std::string& uuid) {
+  static const std::map<std::string, std::uint32_t> kTypes = {
+      {"ext4", EXT4_SUPER_MAGIC}, {"xfs", XFS_SUPER_MAGIC}, {"overlayfs", OVERLAYFS_SUPER_MAGIC},
+      {"tmpfs", TMPFS_MAGIC},     {"ramfs", RAMFS_MAGIC},   {"unknown", 0}};
+  FileSystem found;
+  found.type = kTypes.at(type);
+  std::string digits = uuid;
+  std::erase(digits, '-');
+  if (digits.empty()) return found;
+  found.uuid.emplace();
+  for (std::size_t i = 0; i < found.uuid->size(); ++i) {
+    found.uuid->at(i) = static_cast<std::uint8_t>(std::stoi(digits.substr(2 * i, 2), nullptr, 16));
   }
+  return found;
+}
+
+TEST_F(LinuxMachineTest, HasTheSerialNumbersAndTheVolumeOfTheComputersInTheList) {
+  std::ifstream list(DEVICEID_SOURCE_DIR "/tests/linux_computers.txt");
+  std::string title;
+  for (std::string line; std::getline(list, line);) {
+    std::istringstream words(line);
+    std::string verb, what, text;
+    words >> verb >> what;
+    std::getline(words.ignore(), text);
+    if (verb == "==") {
+      Make("");
+      title = line;
+    } else if (verb == "kernel") {
+      at_root = FileSystemOf(what, text);
+    } else if (verb == "file") {
+      WriteFileText(root + what, Unescaped(text));
+    } else if (verb == "link") {
+      Add(what + ">" + text);
+    } else if (verb == "folder") {
+      fs::create_directories(root + what);
+    } else if (verb == "reads") {
+      EXPECT_EQ(Read(HidFormatVersion(what)), Unescaped(text)) << title;
+    } else {
+      EXPECT_TRUE(line.empty() || verb == "#") << line;
+    }
+  }
+  EXPECT_FALSE(title.empty());
+}
+
+TEST_F(LinuxMachineTest, ALongLineInTheListOfMountsHidesNoneBehindIt) {
+  Make("/etc/machine-id=etc" + kMounts + std::string(5000, 'x') +
+       "\n1 1 0:9 / /etc rw - tmpfs b rw\n");
+  EXPECT_EQ(Read({1, 1}), "");
 }
 
 const std::string kDevices =

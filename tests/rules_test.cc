@@ -1,6 +1,7 @@
 // The rules that are functions of their arguments: format versions, ids, digest, text conversions.
 
 #include <clocale>
+#include <cstdio>
 
 #include "identity/random_identity.h"
 #include "support/md5_digest.h"
@@ -45,13 +46,24 @@ TEST(DeviceId, IsValidInOneLayoutOnly) {
   EXPECT_FALSE(IsValidDeviceId(id + '\n'));
 }
 
-TEST(Md5, AgreesWithAnotherImplementation) {
-  Md5Digest digests;  // Of the digests of all texts of 0 to 128 bytes.
+TEST(Md5, AgreesWithPython) {
+  FILE* digests = popen(
+      "python3 -c 'for n in range(129): "
+      "print(__import__(\"hashlib\").md5(bytes(i * 7 % 256 for i in range(n))).hexdigest())'",
+      "r");
   for (std::string text; text.size() <= 128; text += static_cast<char>(text.size() * 7)) {
-    const std::string digest = Md5Digest(text).HexDigest();
-    digests.Update(digest.data(), 32);
+    char digest[34] = "";
+    ASSERT_NE(std::fgets(digest, sizeof(digest), digests), nullptr);
+    EXPECT_EQ(Md5Digest(text).HexDigest() + '\n', digest) << text.size() << " bytes";
   }
-  EXPECT_EQ(digests.Finalize().HexDigest(), "8987284c39bf4028ab81cde77319e3ce");
+  pclose(digests);
+}
+
+TEST(Md5, TakesATextInPieces) {
+  const std::string text(200, 'x');
+  Md5Digest pieces;
+  for (std::size_t at = 0; at < text.size(); at += 40) pieces.Update(text.data() + at, 40);
+  EXPECT_EQ(pieces.Finalize().HexDigest(), Md5Digest(text).HexDigest());
 }
 
 TEST(RandomText, IsANumberOf31Bits) {
