@@ -12,7 +12,7 @@ import tempfile
 import jsonschema
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent / "pc"))
-from play import STORIES, play  # pylint: disable=wrong-import-position
+from play import play  # pylint: disable=wrong-import-position
 from story import read_stories  # pylint: disable=wrong-import-position
 
 SCHEMA = pathlib.Path(__file__).resolve().parent.parent / "docs/explain.schema.json"
@@ -25,7 +25,7 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         path = pathlib.Path(folder, "explanations")
         os.environ["DEVICEID_EXPLANATIONS"] = str(path)
-        play([story for story in read_stories(STORIES) if "explained" in story.text], sys.argv[1:])
+        play([story for story in read_stories() if "explained" in story.text], sys.argv[1:])
         explanations = json.loads("[" + path.read_text().rstrip(",\n") + "]")
     for explanation in explanations:
         validator.validate(explanation)

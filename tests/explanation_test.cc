@@ -54,7 +54,7 @@ TEST_F(ExplanationTest, CannotTellTwoSerialNumbersOfWindowsApart) {
   EXPECT_EQ(Explain(true).sentence,
             "The product or board and the network can no longer be read. Of 1 place that can be "
             "compared, 1 agrees, and 1 has to. Any change will give a new id.");
-  pc.ticks += 864'000LL * 10'000'000;
+  pc.PassDays(10);
   EXPECT_EQ(ExplainLog(GetId("2.0").log).sentence,
             "Two of three stored parts could not be read. Of 1 place that can be compared, 1 "
             "agrees, and 1 has to. The call gave the stored id.");
@@ -65,7 +65,7 @@ TEST_F(ExplanationTest, TellsOfARecordThatAnotherAccountMade) {
   SetSerialNumbers({}, {});
   GetId("2.0");
   SetSerialNumbers(L"PF0XYZ", L"BOARD7");
-  pc.ticks += 864'000LL * 10'000'000;
+  pc.PassDays(10);
   EXPECT_EQ(
       Explain().sentence,
       "The product and the board can be read by root, and could not be by the account that made "

@@ -30,7 +30,9 @@ TEST_F(Frame, AsksForABufferFirst) {
 }
 
 TEST_F(Frame, TellsInTheLastLineWhatStoppedTheCall) {
-  pc.ticks = ((19'675 * 24LL + 3) * 3600 + 35 * 60 + 3) * 10'000'000 + 79'999;
+  constexpr std::int64_t kUtc = 19'675 * 86'400LL + 3 * 3600 + 35 * 60 + 3;  // 03:35:03
+  constexpr std::int64_t kAlmostEightMilliseconds = 79'999;
+  pc.ticks = kUtc * kTicksPerSecond + kAlmostEightMilliseconds;
   WriteFileText(pc.Common("device.idv2"), "");
   WriteFileText(pc.User("device.idv2"), "1");
   for (const bool standard : {true, false}) {

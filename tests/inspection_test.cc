@@ -171,7 +171,7 @@ class LogFactsTest : public MachineTest {
     pc.Fail(PlatformCall::kCreateFile, 5);
     logs.push_back(GetId("1.6").log);
     pc.Recover();
-    pc.ticks += 864'000LL * 10'000'000;
+    pc.PassDays(10);
     logs.push_back(GetId("2.0").log);
     return logs;
   }

@@ -16,7 +16,6 @@ const std::string kOtherId = "2-0-0d279e0a-c3c2-393f-256c-e20d6ff74d62";
 
 class LifeTest : public MachineTest {
  protected:
-  void Days(std::int64_t days) { pc.ticks += days * 86400 * 10'000'000; }
   static Reply Call() {
     Reply reply = GetId("2.0");
     EXPECT_EQ(reply.result, 0) << reply;
@@ -29,7 +28,7 @@ TEST_F(LifeTest, HardwareIsComparedFromTheTenthDayOn) {
   pc.Set(L"Win32_BaseBoard", L"SerialNumber", L"BOARD8");
   pc.Set(L"win32_logicaldisk WHERE deviceid=\"C:\"", L"VolumeSerialNumber", L"DEADBEEF");
   // The date is kept in whole seconds; the age is not.
-  Days(10);
+  pc.PassDays(10);
   pc.ticks -= 1;
   EXPECT_EQ(Call().id, kId);
   pc.ticks += 1;
@@ -65,7 +64,7 @@ TEST_F(LifeTest, RunningOutOfMemoryCostsNoStoredId) {
   };
   bool failed = true;
   for (int nth = 0; failed || nth < 2; ++nth) {
-    Days(10);
+    pc.PassDays(10);
     char id[64] = "";
     char log[16384] = "";
     {
@@ -73,7 +72,7 @@ TEST_F(LifeTest, RunningOutOfMemoryCostsNoStoredId) {
       ask(id, log);
       failed = memory.failed();
     }
-    Days(10);
+    pc.PassDays(10);
     EXPECT_EQ(ask(id, log), 0) << nth << log;
     EXPECT_EQ(id, kOtherId) << nth << log;
   }

@@ -12,7 +12,6 @@
 
 #include "pc/pc.h"
 #include "platform/windows_api.h"
-#include "support/clock.h"
 #include "support/scripted_machine.h"
 
 namespace pc {
@@ -114,8 +113,7 @@ void Fail(const Arguments& arguments, std::string& /*none*/) {
 }
 
 void Pass(const Arguments& arguments, std::string& /*none*/) {
-  constexpr std::int64_t kSecondsPerDay = 86'400;
-  machine->ticks += std::stoi(arguments.at(0)) * kSecondsPerDay * system_info::kTicksPerSecond;
+  machine->PassDays(std::stoi(arguments.at(0)));
 }
 
 void Halt(const Arguments& /*none*/, std::string& /*none*/) {

@@ -14,7 +14,6 @@ import sys
 from story import Reply, read_stories
 
 HERE = pathlib.Path(__file__).parent
-STORIES = HERE / "stories.txt"
 WINE = HERE / "../../tools/wine/wine_root.sh"
 SECONDS_TO_PLAY = 400
 
@@ -67,7 +66,7 @@ def main():
     native_player, *windows_player = sys.argv[1:]
     if not pathlib.Path(native_player).exists():
         sys.exit("the player of the preset linux is to be built first")
-    stories = read_stories(STORIES)
+    stories = read_stories()
     native = play(stories, [native_player])
     faults = faults_of(stories, native)
     if windows_player:

@@ -231,7 +231,7 @@ class Story:
             if found:
                 method(self, *found.groups())
                 return
-        raise ValueError(f"no such sentence: {line}")
+        raise ValueError("no such sentence")
 
     def finish(self):
         """What every story promises at its end."""
@@ -260,7 +260,7 @@ class Story:
             words = of_it.replace("of it", f"of {owner}", 1)
             act("nothing" if of_it == "no record" else words, "common/hid_settings")
 
-    @sentence(r'(\w+)\((?:"(.*?)"|(\d+))(?:, ([\w |]+))?\) returns (.+)')
+    @sentence(r'(GetHardwareId(?:Ex|Mod)?|RecheckHardwareId)\((?:"(.*?)"|(\d+))(?:, ([\w |]+))?\) returns (.+)')
     def call(self, name, text, number, flags, wanted):
         version = number if text is None else text_of(f'"{text}"')
         bits = sum(FLAGS[flag] for flag in (flags or "").split(" | "))
@@ -380,7 +380,7 @@ class Story:
         return None
 
 
-def read_stories(path):
+def read_stories(path=pathlib.Path(__file__).with_name("stories.txt")):
     stories = []
     for number, line in enumerate(path.read_text().splitlines(), 1):
         try:
@@ -392,7 +392,7 @@ def read_stories(path):
                 stories[-1].place = f"{path.name}:{number}"
                 stories[-1].read(line)
         except (ValueError, KeyError, IndexError) as error:
-            sys.exit(f"{path.name}:{number}: {error}")
+            sys.exit(f"{path.name}:{number}: {error} in: {line}")
     for story in stories:
         story.finish()
     return stories

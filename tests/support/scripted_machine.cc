@@ -57,7 +57,7 @@ class LiveHardware final : public Hardware {
 
 }  // namespace
 
-ScriptedMachine::ScriptedMachine() : ticks(1'700'000'000LL * 10'000'000) {
+ScriptedMachine::ScriptedMachine() : ticks(1'700'000'000 * kTicksPerSecond) {
   wmi[L"Win32_ComputerSystemProduct"] = {
       {{L"UUID", L"4C4C4544-0042-3510-8052-B4C04F4E3732"}, {L"IdentifyingNumber", L"PF0XYZ"}}};
   wmi[L"Win32_OperatingSystem"] = {{{L"SerialNumber", L"00330-80000-00000-AA123"}}};

@@ -15,6 +15,7 @@
 #include "deviceid.h"
 #include "hardware/os_manager.h"
 #include "platform/linux/machine.h"
+#include "support/clock.h"
 
 namespace system_info {
 
@@ -40,6 +41,8 @@ class ScriptedMachine : public Machine {
   // Makes `call` fail with `code` from now on, where its subject holds `subject`.
   void Fail(PlatformCall call, std::uint32_t code, const std::string& subject = "");
   void Recover() { failures_.clear(); }
+
+  void PassDays(std::int64_t days) { ticks += days * 86'400 * kTicksPerSecond; }
 
   // Runs `action`, and nothing else any more, as `call` begins, where its subject holds `subject`.
   void At(PlatformCall call, const std::string& subject, const std::function<void()>& action);
