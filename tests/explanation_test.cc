@@ -45,6 +45,12 @@ class ExplanationTest : public MachineTest {
   }
 };
 
+TEST_F(ExplanationTest, CountsTheChangesThatAreLeft) {
+  GetId("2.0");
+  EXPECT_EQ(Explain().changes_left, 1u);
+  EXPECT_EQ(ExplainLog("no log").sentence, "This is not the log of a call.");
+}
+
 TEST_F(ExplanationTest, CannotTellTwoSerialNumbersOfWindowsApart) {
   SetSerialNumbers(L"0", L"BOARD7");
   GetId("2.0");

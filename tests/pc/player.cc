@@ -161,8 +161,8 @@ system_info::Explanation ExplainSource(const std::string& source, const std::str
   return system_info::ExplainLog(PlayCall(PlayedExport::kGet, format, 0, *hardware).log);
 }
 
-// SOURCE FORMAT gives: verdict and status, with the id, each part that is not as it was, the
-// warnings, the sentence, what to do. Keeps the JSON for explain_schema_test.py.
+// SOURCE FORMAT gives: verdict and status, each part that is not as it was, the sentence, what to
+// do, the id, warnings. Keeps the JSON for explain_schema_test.py.
 void Explain(const Arguments& arguments, std::string& text) {
   const auto told = ExplainSource(arguments.at(0), arguments.at(1));
   if (const char* path = std::getenv("DEVICEID_EXPLANATIONS")) {

@@ -202,7 +202,7 @@ class Story:
     def __init__(self, title, place):
         self.title, self.place = title, place
         self.steps, self.places, self.checks = [], [], []
-        self.random, self.reply, self.log, self.text = "", None, [], ""
+        self.random, self.reply, self.lines, self.text = "", None, None, ""
         self.step("renew")
 
     def step(self, *words):
@@ -219,8 +219,11 @@ class Story:
 
     def read(self, line):
         if line.startswith("  "):
-            self.log.append(line.strip())
+            if self.lines is None:
+                raise ValueError("no sentence above promises lines")
+            self.lines.append(line.strip())
             return
+        self.lines = None
         self.text += line + "\n"
         if line in PLAIN_SENTENCES:
             step, _, answer = PLAIN_SENTENCES[line].partition(" = ")
@@ -289,19 +292,21 @@ class Story:
               r"explained as ([a-z-]+, status \d+)(?:, with (.+))?")
     def explained(self, source, version, verdict, parts):
         """What is told beside the verdict and the parts is promised line by line."""
-        wanted = self.log = []
+        wanted = self.lines = []
         place = self.step("explain", SOURCES[source], version or "2.0")
 
         def check(answers):
             seen_verdict, seen_parts, *lines = answers[place].split("\t")
             missing = [line for line in wanted if line not in lines]
             right = (seen_verdict, seen_parts.removeprefix(", ")) == (verdict, parts or "")
-            return "" if right and not missing else answers[place]
-        self.promise(f"{source} is explained as {verdict}", check)
+            if right and missing:
+                return f'not "{missing[0]}" but {lines}'
+            return "" if right else f"{seen_verdict}{seen_parts}"
+        self.promise(f"{source} is explained as {verdict}, with {parts or 'no other part'}", check)
 
     @sentence("The log (ends with|has)")
     def log_has(self, how):
-        wanted = self.log = []
+        wanted = self.lines = []
         check = self.log_ends if how == "ends with" else self.log_contains
         self.promise(f"The log {how}", lambda _: check(wanted))
 
