@@ -154,7 +154,9 @@ void PlayCall(const Arguments& arguments, std::string& answer) {
 // "copy".
 system_info::Explanation ExplainSource(const std::string& source, const std::string& format) {
   if (source == "last") return system_info::ExplainLog(last_log);
-  if (source == "copy") return ExplainFolder(deviceid::ReadKeptFolder(Path("common")));
+  if (source == "copy") {
+    return ExplainFolder(deviceid::ReadKeptFolder(Path("common").make_preferred()));
+  }
   const auto hardware = system_info::ReadThisMachine();
   if (source == "machine") return ExplainMachine(deviceid::LookAtMachine(format, *hardware));
   if (source != "next") throw std::invalid_argument("cannot explain " + source);
