@@ -174,7 +174,9 @@ class Reply:
         age, = re.fullmatch(r"\[Info\] Diff seconds: (-?\d+)|.*", wanted, re.S).groups()
         if age is None or "Diff seconds: " not in seen:
             return fnmatch.fnmatchcase(seen, wanted.replace("[", "[[]"))
-        return self.before - NOW <= int(seen.split()[-1]) - int(age) <= self.after - NOW
+        # An age below zero is cut to the next second towards zero.
+        late = int(seen.split()[-1]) - int(age)
+        return self.before - NOW <= late <= self.after - NOW + (int(age) < 0)
 
     def comparable(self):
         """What every build has to say and to do."""
