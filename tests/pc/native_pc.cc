@@ -99,7 +99,9 @@ void Leave(const Arguments& /*none*/, std::string& answer) {
 
 void Fail(const Arguments& arguments, std::string& /*none*/) {
   using enum PlatformCall;
-  constexpr std::uint32_t kAccessDenied = 5, kBytesWritten = 10, kWmiAccessDenied = 0x80041003;
+  constexpr std::uint32_t kAccessDenied = 5;
+  constexpr std::uint32_t kBytesWritten = 10;
+  constexpr std::uint32_t kWmiAccessDenied = 0x80041003;
   static const std::map<std::string, std::pair<PlatformCall, std::uint32_t>> kFailures = {
       {"open", {kCreateFile, kAccessDenied}},      {"read", {kReadFile, kAccessDenied}},
       {"write", {kWriteFile, kAccessDenied}},      {"short", {kWriteFileShort, kBytesWritten}},
