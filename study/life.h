@@ -16,13 +16,6 @@ namespace system_info {
 inline constexpr int kDaysPerYear = 365;
 inline constexpr int kLastDay = 3 * kDaysPerYear;
 
-// How a host asks: every so many days, and after each event or not.
-struct Habit {
-  int days = 10;
-  bool after_events = true;
-  bool recheck = false;
-};
-
 // Why format 2.0 gave another id than on the first day.
 struct Loss {
   std::string causes;     // Of the parts that differ.

@@ -27,6 +27,7 @@ int Run(int argc, char** argv) {
   fleet->add_option("--days", habit.days, "The host asks every so many days");
   fleet->add_flag("!--not-after-events", habit.after_events, "It does not ask after events");
   fleet->add_flag("--recheck", habit.recheck, "It compares in each call");
+  fleet->add_flag("!--latest-format", habit.all_formats, "It asks for no format before 2.0");
   fleet->add_option("--set", changes, "NAME VALUE: a parameter in place of that of the file");
   CLI11_PARSE(app, argc, argv);
 

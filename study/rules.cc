@@ -110,7 +110,8 @@ void Watch::Look(Computer& computer, int day) {
 }
 
 void Watch::LookByFormats(Computer& computer, int day) {
-  Note(kFormat20, library_.GetId(computer, "2.0", day, recheck_), day);
+  Note(kFormat20, library_.GetId(computer, "2.0", day, habit_.recheck), day);
+  if (!habit_.all_formats) return;
   Answers& answers = answers_[FindingsOf(computer)];
   const bool known = ++answers.times > 2;
   for (std::size_t rule = kFormat16; rule < kFormats.size(); ++rule) {

@@ -54,11 +54,19 @@ struct Course {
   int lost_on = -1;  // The first day with another id or without one; -1 if there is none.
 };
 
+// How a host asks: every so many days, and after each event or not.
+struct Habit {
+  int days = 10;
+  bool after_events = true;
+  bool recheck = false;     // It has format 2.0 compare in each call.
+  bool all_formats = true;  // It asks for the formats before 2.0, too.
+};
+
 // Follows all rules on one machine.
 class Watch {
  public:
-  explicit Watch(PlayedLibrary& library, bool recheck = false)
-      : library_(library), recheck_(recheck) {}
+  explicit Watch(PlayedLibrary& library, const Habit& habit = {})
+      : library_(library), habit_(habit) {}
 
   // Asks each rule for its id. Formats that do not look at the date are not asked a third time about
   // what they have seen twice.
@@ -80,7 +88,7 @@ class Watch {
   void Vote(const Computer& computer, int day);
 
   PlayedLibrary& library_;
-  bool recheck_;
+  Habit habit_;
   bool begun_ = false;
   std::map<std::string, Answers> answers_;  // By what the library can find.
   std::array<Course, kRuleCount> courses_;

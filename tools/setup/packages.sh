@@ -34,7 +34,7 @@ readonly windows_packages=(
 
 # What the tests need beside those.
 readonly test_packages=(
-    python3 python3-jsonschema clang clang-format clang-tidy
+    python3 python3-jsonschema python3-matplotlib clang clang-format clang-tidy
     chromium chromium-driver python3-selenium lld mono-mcs mono-runtime libjna-java unzip pkg-config
     strace zsh
 )
