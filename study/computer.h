@@ -26,11 +26,11 @@ struct Adapter {
   std::uint64_t permanent_address = 0;
   std::uint64_t address = 0;  // The one in use.
   bool on_pci = false;
-  bool in_front = false;    // Before those that were there earlier, in lists of the system.
-  bool present = true;      // As a device.
-  bool enabled = true;      // Disabled adapters are present and have no address.
-  bool drawn = false;       // The kernel drew the address at random and says so.
-  std::string_view cause;   // What changed the address last.
+  bool in_front = false;   // Before those that were there earlier, in lists of the system.
+  bool present = true;     // As a device.
+  bool enabled = true;     // Disabled adapters are present and have no address.
+  bool drawn = false;      // The kernel drew the address at random and says so.
+  std::string_view cause;  // What changed the address last.
 };
 
 // Path and content of the files that the library stores.
@@ -78,8 +78,8 @@ inline std::vector<const Adapter*> PciAdapters(const Computer& computer) {
   std::vector<const Adapter*> devices;
   for (const Adapter& adapter : computer.adapters) {
     if (!adapter.present || !adapter.on_pci) continue;
-    const bool first = adapter.kind == AdapterKind::kBuiltIn ? computer.last_pci_first
-                                                             : adapter.in_front;
+    const bool first =
+        adapter.kind == AdapterKind::kBuiltIn ? computer.last_pci_first : adapter.in_front;
     devices.insert(first ? devices.begin() : devices.end(), &adapter);
   }
   return devices;

@@ -49,24 +49,23 @@ std::string_view CauseOf(AdapterKind kind) {
 }  // namespace
 
 const std::vector<Life::EventKind>& Life::EventKinds() {
-  static const std::vector<EventKind> kKinds = {
-      {"adapter_replaced", &Life::ReplaceAdapter},
-      {"adapter_disabled", &Life::DisableAdapter},
-      {"usb_adapter_added", &Life::AddUsbAdapter},
-      {"virtual_switch_added", &Life::AddVirtualSwitch},
-      {"drive_failed", &Life::FailDrive},
-      {"drive_upgraded", &Life::UpgradeDrive},
-      {"installed_anew", &Life::InstallAnew},
-      {"image_restored", &Life::RestoreImage},
-      {"files_restored", &Life::RestoreFiles},
-      {"account_changed", &Life::ChangeAccount},
-      {"board_replaced", &Life::ReplaceBoard},
-      {"firmware_changed_serial", &Life::ChangeFirmware},
-      {"memory_upgraded", &Life::UpgradeMemory},
-      {"drive_copied", &Life::CopyDrive},
-      {"machine_copied", &Life::CopyVirtualMachine},
-      {"machine_moved", &Life::MoveVirtualMachine},
-      {"container_started", &Life::StartContainer}};
+  static const std::vector<EventKind> kKinds = {{"adapter_replaced", &Life::ReplaceAdapter},
+                                                {"adapter_disabled", &Life::DisableAdapter},
+                                                {"usb_adapter_added", &Life::AddUsbAdapter},
+                                                {"virtual_switch_added", &Life::AddVirtualSwitch},
+                                                {"drive_failed", &Life::FailDrive},
+                                                {"drive_upgraded", &Life::UpgradeDrive},
+                                                {"installed_anew", &Life::InstallAnew},
+                                                {"image_restored", &Life::RestoreImage},
+                                                {"files_restored", &Life::RestoreFiles},
+                                                {"account_changed", &Life::ChangeAccount},
+                                                {"board_replaced", &Life::ReplaceBoard},
+                                                {"firmware_changed_serial", &Life::ChangeFirmware},
+                                                {"memory_upgraded", &Life::UpgradeMemory},
+                                                {"drive_copied", &Life::CopyDrive},
+                                                {"machine_copied", &Life::CopyVirtualMachine},
+                                                {"machine_moved", &Life::MoveVirtualMachine},
+                                                {"container_started", &Life::StartContainer}};
   return kKinds;
 }
 
@@ -225,8 +224,7 @@ void Life::MakeInstallation(int day, const char* cause) {
   SystemDrive drive;
   drive.volume = {std::to_string(Bits("volume", day) >> 32), cause};
   drive.machine_id = {UniqueText("id", Bits("machine id", day)), cause};
-  drive.system_serial =
-      computer_.windows ? computer_.drive.system_serial : drive.machine_id.text;
+  drive.system_serial = computer_.windows ? computer_.drive.system_serial : drive.machine_id.text;
   drive.files_lost_by = cause;
   computer_.drive = drive;
 }

@@ -5,6 +5,9 @@ import statistics
 
 OURS = "format 2.0"
 FORMATS = ["format 2.0", "format 1.6", "format 1.5", "format 1.4", "format 1.2", "format 1.1", "format 1.0"]
+OTHERS = ["vote of 70 %", "system UUID", "UUID and disk", "board serial", "machine id", "five parts",
+          "first address", "all addresses"]
+RULES = FORMATS + OTHERS
 
 # For 95 in 100, by degrees of freedom.
 STUDENT = {1: 12.71, 2: 4.30, 3: 3.18, 4: 2.78, 5: 2.57, 6: 2.45, 7: 2.36, 8: 2.31, 9: 2.26}
@@ -36,7 +39,6 @@ class Pages:
         self.parameters = parameters["parameters"]
         self.sources = parameters["sources"]
         self.names = parameters["populations"]
-        self.rules = list(next(iter(results["base"].values()))[0]["rules"])
 
     # Estimates
 
@@ -67,6 +69,18 @@ class Pages:
     def round(self, estimate):
         return f"{estimate.mean:.0f}"
 
+    def mean_shared(self, population, rule=OURS):
+        return f"{100 - self.own(population, rule).mean:.0f}"
+
+    def runs(self):
+        return self.results["sizes"]["runs"]
+
+    def fleet(self):
+        return f"{self.results['sizes']['machines']:,}"
+
+    def sizes(self, what):
+        return self.results["sizes"][what]
+
     def machines(self):
         return sum(fleet["machines"] for fleet in next(iter(self.results["base"].values())))
 
@@ -75,9 +89,7 @@ class Pages:
     def beaten_by(self, wanted):
         """Other rules, with the populations in which they are better in the way that `wanted` asks for."""
         found = []
-        for rule in self.rules:
-            if rule in FORMATS:
-                continue
+        for rule in OTHERS:
             where = []
             for population in self.names:
                 stabler = self.kept(population, rule).above(self.kept(population))
@@ -103,7 +115,7 @@ class Pages:
     def summary(self):
         rows = [[f"**{rule}**" if rule == OURS else rule] +
                 [f"{self.kept(population, rule).mean:.0f} / {self.own(population, rule).mean:.0f}"
-                 for population in self.names] for rule in self.rules]
+                 for population in self.names] for rule in RULES]
         return table(["rule", *self.names.values()], rows)
 
     def details(self):
@@ -112,7 +124,7 @@ class Pages:
             rows = [[rule, *(self.kept(population, rule, year) for year in (1, 2, 3)),
                      self.mean(self.back(population, rule)), self.own(population, rule),
                      self.own_copies(population, rule), self.mean(self.none(population, rule))]
-                    for rule in self.rules]
+                    for rule in RULES]
             head = ["rule", "kept 1 year", "2 years", "3 years", "has it at the end", "own id",
                     "of the copies", "has none"]
             parts.append(f"### {name.capitalize()}\n\n{table(head, rows)}")
@@ -167,10 +179,10 @@ class Pages:
         scripts = self.results["scripts"]["placeholders"]
         text = {"PF0XYZ": "a serial number", "Default string": "\"Default string\", which counts as a value",
                 "To be filled by O.E.M.": "\"To be filled by O.E.M.\", which does not"}
-        rows = [[text[product], f"{kept} of 3"] for product, kept in scripts.items()]
+        rows = [[said, f"{scripts[product]} of 3"] for product, said in text.items()]
         return table(["the product says", "of the other three parts, so many can change"], rows)
 
-    def share(self, counts, what):
+    def of_100(self, counts, what):
         kept, _, own, _, _ = counts["rules"][OURS]
         if what == "kept":
             return 100 * kept[2] / counts["machines"]
@@ -186,8 +198,8 @@ class Pages:
         rows = []
         for (population, name), ends in found.items():
             (low, at_low), (high, at_high) = ends
-            kept = [self.share(counts, "kept") for counts in (at_low, at_high)]
-            own = [self.share(counts, "own") for counts in (at_low, at_high)]
+            kept = [self.of_100(counts, "kept") for counts in (at_low, at_high)]
+            own = [self.of_100(counts, "own") for counts in (at_low, at_high)]
             what = self.parameters[name]["what"].removesuffix(", a year")
             rows.append((max(abs(kept[1] - kept[0]), abs(own[1] - own[0])),
                          [self.names[population], what,
@@ -201,9 +213,14 @@ class Pages:
         for population, habit, counts in self.results["habits"]:
             found.setdefault(habit, {})[population] = counts
         populations = list(next(iter(found.values())))
-        rows = [[habit, *(f"{self.share(counts[population], 'kept'):.1f} / {self.share(counts[population], 'own'):.1f}"
+        rows = [[habit, *(f"{self.of_100(counts[population], 'kept'):.1f} / {self.of_100(counts[population], 'own'):.1f}"
                           for population in populations)] for habit, counts in found.items()]
         return table(["the host asks", *(self.names[population] for population in populations)], rows)
+
+    def first_year(self):
+        rows = [[name, *(f"{1000 - 10 * self.kept(population, rule, 1).mean:.0f}"
+                         for rule in (OURS, "vote of 70 %"))] for population, name in self.names.items()]
+        return table(["population", "with format 2.0", "that the vote does not find again either"], rows)
 
     def birthdays(self):
         space = 2 ** 31
@@ -214,19 +231,31 @@ class Pages:
             rows.append([f"{machines:,}", f"{100 * any_two:.2f}" if any_two < 0.999 else "100", f"{sharing:.3g}"])
         return table(["machines with a random id", "in 100: two of them share one", "machines that share"], rows)
 
+    def of_basis(self, wanted):
+        """Parameters from a "source", assumed with a source "near", or assumed with "none"."""
+        def basis(parameter):
+            if parameter["basis"] != "assumed":
+                return "source"
+            return "near" if "source" in parameter else "none"
+        return [parameter for parameter in self.parameters.values() if basis(parameter) == wanted]
+
+    def count(self, wanted):
+        return len(self.of_basis(wanted))
+
     def basis(self, wanted):
         rows = []
-        for parameter in self.parameters.values():
-            if parameter["basis"] not in wanted:
-                continue
-            source = parameter.get("source", "")
-            note = "; ".join(text for text in (source and f"[{source}]", parameter.get("note", "")) if text)
-            values = [f"{100 * parameter[population]:.3g}" if population in parameter else ""
+        for parameter in self.of_basis(wanted):
+            unit = 1 if parameter["what"].startswith("number of") else 100
+            values = [f"{unit * parameter[population]:.3g}" if population in parameter else ""
                       for population in self.names]
-            if "machines in a group" in parameter["what"]:
-                values = [str(parameter.get(population, "")) for population in self.names]
-            rows.append([parameter["what"], *values, note or "assumed"])
-        return table(["in 100 machines", *self.names.values(), "where from"], rows)
+            source = [f"{parameter['basis']}, [{parameter['source']}]: {parameter['note']}"] \
+                if wanted != "none" else []
+            low, high = parameter.get("range", ("", ""))
+            varied = [] if wanted == "source" else [f"{low} to {high}" if parameter.get("range") else ""]
+            rows.append([parameter["what"], *values, *source, *varied])
+        head = ["", *self.names.values()] + ([] if wanted == "none" else ["source"]) + \
+            ([] if wanted == "source" else ["varied"])
+        return table(head, rows)
 
     def source_list(self):
         rows = [[f"[{name}]", source["what"], source["year"]] for name, source in self.sources.items()]

@@ -157,8 +157,8 @@ void PutOnHost(const Population& population, std::uint64_t host, Computer& conta
 
 void DrawContainerAddress(const Draws& draws, std::uint64_t start, Adapter& adapter) {
   const std::uint64_t place = 2 + draws.Bits("place", start) % kPlacesOnContainerNetwork;
-  adapter.address = adapter.drawn ? draws.Bits("address", start) & 0xfeffffffffffU
-                                  : 0x0242ac110000U + place;
+  adapter.address =
+      adapter.drawn ? draws.Bits("address", start) & 0xfeffffffffffU : 0x0242ac110000U + place;
   adapter.permanent_address = adapter.address;
 }
 

@@ -28,8 +28,8 @@ Computer MakeComputer(const Population& population, int number, PlayedLibrary& l
 // Puts a container on one of the hosts of the population; any number stands for one.
 void PutOnHost(const Population& population, std::uint64_t host, Computer& container);
 
-// Gives the adapter of a container its address for the start of that number: drawn by the kernel, or
-// made from its place on the network of the host.
+// Gives the adapter of a container its address for the start of that number: drawn by the kernel,
+// or made from its place on the network of the host.
 void DrawContainerAddress(const Draws& draws, std::uint64_t start, Adapter& adapter);
 
 // "ab" and digits: a text that nothing else has.

@@ -18,7 +18,8 @@ std::string FirstAddress(const Computer& computer) {
 // In an order of their own, so that the system's does not matter.
 std::string AllAddresses(const Computer& computer) {
   std::vector<std::string> addresses;
-  for (const Adapter* adapter : ListedAdapters(computer)) addresses.push_back(AddressText(*adapter));
+  for (const Adapter* adapter : ListedAdapters(computer))
+    addresses.push_back(AddressText(*adapter));
   std::sort(addresses.begin(), addresses.end());
   std::string all;
   for (const std::string& address : addresses) all += address;
@@ -36,8 +37,8 @@ std::string Serial(const Computer& computer, const std::string& text) {
 
 // All that the library may find on `computer`, files of format 2.0 and the date left out.
 std::string FindingsOf(const Computer& computer) {
-  std::string all = Serial(computer, computer.system_uuid + '/' + computer.product.text + '/' +
-                                         computer.board.text);
+  std::string all = Serial(
+      computer, computer.system_uuid + '/' + computer.product.text + '/' + computer.board.text);
   all += '/' + computer.drive.volume.text + '/' + computer.drive.system_serial + '/';
   for (const auto& adapters : {ListedAdapters(computer), PciAdapters(computer)}) {
     for (const Adapter* adapter : adapters) all += adapter->name + AddressText(*adapter);
@@ -50,13 +51,13 @@ std::string FindingsOf(const Computer& computer) {
 }  // namespace
 
 const std::array<const char*, kRuleCount> kRuleNames = {
-    "format 2.0",    "format 1.6",      "format 1.5",   "format 1.4",         "format 1.2",
-    "format 1.1",    "format 1.0",      "machine id",   "first address",      "system UUID",
-    "board serial",  "UUID and disk",   "all addresses", "five parts",        "vote of 70 %"};
+    "format 2.0",   "format 1.6",    "format 1.5",    "format 1.4",    "format 1.2",
+    "format 1.1",   "format 1.0",    "machine id",    "first address", "system UUID",
+    "board serial", "UUID and disk", "all addresses", "five parts",    "vote of 70 %"};
 
 std::string IdByRule(Rule rule, const Computer& computer) {
-  const std::string uuid = Serial(computer, computer.system_uuid);
-  const std::string board = Serial(computer, computer.board.text);
+  std::string uuid = Serial(computer, computer.system_uuid);
+  std::string board = Serial(computer, computer.board.text);
   switch (rule) {
     case kMachineId:
       return computer.drive.machine_id.text;

@@ -68,8 +68,8 @@ class Watch {
   explicit Watch(PlayedLibrary& library, const Habit& habit = {})
       : library_(library), habit_(habit) {}
 
-  // Asks each rule for its id. Formats that do not look at the date are not asked a third time about
-  // what they have seen twice.
+  // Asks each rule for its id. Formats that do not look at the date are not asked a third time
+  // about what they have seen twice.
   void Look(Computer& computer, int day);
 
   const Course& course(Rule rule) const { return courses_[rule]; }
