@@ -9,12 +9,14 @@
 namespace system_info {
 namespace {
 
+using NumberedBallot = std::array<std::uint32_t, kBallotSize>;
+
 // What remains of a life that was played.
 struct Ending {
   bool copy;
   std::array<Course, kRuleCount> courses;
-  std::array<std::uint32_t, std::tuple_size_v<Ballot>> stored_ballot;
-  std::array<std::uint32_t, std::tuple_size_v<Ballot>> ballot;
+  NumberedBallot stored_ballot;
+  NumberedBallot ballot;
   std::optional<Loss> loss;
   std::string serial_kind;
 };
@@ -22,8 +24,8 @@ struct Ending {
 // Texts as numbers, to compare many of them; the empty one is 0.
 class Numbers {
  public:
-  std::array<std::uint32_t, std::tuple_size_v<Ballot>> Of(const Ballot& ballot) {
-    std::array<std::uint32_t, std::tuple_size_v<Ballot>> numbers = {};
+  NumberedBallot Of(const Ballot& ballot) {
+    NumberedBallot numbers = {};
     for (std::size_t i = 0; i < ballot.size(); ++i) {
       if (ballot.at(i).empty()) continue;
       const auto next = static_cast<std::uint32_t>(numbers_.size()) + 1;
@@ -76,22 +78,12 @@ std::vector<bool> OwnIds(const std::vector<Ending>& endings, Rule rule) {
   return own;
 }
 
-bool SameByVote(const Ending& stored, const Ending& present) {
-  unsigned parts = 0;
-  unsigned votes = 0;
-  for (std::size_t i = 0; i < stored.ballot.size(); ++i) {
-    parts += stored.stored_ballot[i] != 0 ? 1U : 0U;
-    votes += stored.stored_ballot[i] != 0 && stored.stored_ballot[i] == present.ballot[i] ? 1U : 0U;
-  }
-  return votes * 100 >= parts * 70;
-}
-
 // For each machine, whether it would not pass for any other one.
 std::vector<bool> OwnBallots(const std::vector<Ending>& endings) {
   std::vector<bool> own(endings.size(), true);
   for (std::size_t i = 0; i < endings.size(); ++i) {
     for (std::size_t k = 0; k < endings.size() && own[i]; ++k) {
-      if (i != k && SameByVote(endings[k], endings[i])) own[i] = false;
+      if (i != k && SameByVote(endings[k].stored_ballot, endings[i].ballot)) own[i] = false;
     }
   }
   return own;

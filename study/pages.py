@@ -24,8 +24,8 @@ class Estimate:
         return f"{self.mean:.1f} ± {self.half:.1f}"
 
     def above(self, other):
-        """Whether the intervals are apart."""
-        return self.mean - self.half > other.mean + other.half
+        """Whether the intervals are apart, by one in 100 at least."""
+        return self.mean - self.half > other.mean + other.half and self.mean - other.mean >= 1
 
 
 def table(head, rows):
@@ -86,10 +86,10 @@ class Pages:
 
     # Where ours is worse
 
-    def beaten_by(self, wanted):
-        """Other rules, with the populations in which they are better in the way that `wanted` asks for."""
+    def beaten_by(self, wanted, rules=tuple(OTHERS)):
+        """Rules, with the populations in which they are better in the way that `wanted` asks for."""
         found = []
-        for rule in OTHERS:
+        for rule in rules:
             where = []
             for population in self.names:
                 stabler = self.kept(population, rule).above(self.kept(population))
@@ -99,23 +99,25 @@ class Pages:
                 better = {"both": stabler and not shared, "stable": stabler and shared,
                           "distinct": apart and less}[wanted]
                 if better:
-                    numbers = (f"{self.kept(population, rule).mean:.0f} kept, "
-                               f"{self.own(population, rule).mean:.0f} own")
-                    where.append(f"{self.names[population]} ({numbers})")
+                    where.append(f"{self.names[population]} ({self.both(population, rule)})")
             if where:
                 found.append(f"**{rule}** in {', '.join(where)}")
         return "; ".join(found) or "none"
 
+    def both(self, population, rule=OURS):
+        return f"{self.kept(population, rule).mean:.0f} / {self.own(population, rule).mean:.0f}"
+
     def ours(self):
-        return ", ".join(f"{self.kept(population).mean:.0f} kept and {self.own(population).mean:.0f} own in "
-                         f"{name}" for population, name in self.names.items())
+        return ", ".join(f"{name} {self.both(population)}" for population, name in self.names.items())
+
+    def older_formats(self):
+        return self.beaten_by("both", FORMATS[1:]), self.beaten_by("stable", FORMATS[1:])
 
     # Tables
 
     def summary(self):
         rows = [[f"**{rule}**" if rule == OURS else rule] +
-                [f"{self.kept(population, rule).mean:.0f} / {self.own(population, rule).mean:.0f}"
-                 for population in self.names] for rule in RULES]
+                [self.both(population, rule) for population in self.names] for rule in RULES]
         return table(["rule", *self.names.values()], rows)
 
     def details(self):
@@ -127,7 +129,7 @@ class Pages:
                     for rule in RULES]
             head = ["rule", "kept 1 year", "2 years", "3 years", "has it at the end", "own id",
                     "of the copies", "has none"]
-            parts.append(f"### {name.capitalize()}\n\n{table(head, rows)}")
+            parts.append(f"### {name[0].upper() + name[1:]}\n\n{table(head, rows)}")
         return "\n\n".join(parts)
 
     def losses(self):
@@ -138,7 +140,8 @@ class Pages:
             for count, cause in sorted(causes, key=lambda item: (-item[0], item[1]))[:5]:
                 rows.append([self.names[population], cause, f"{1000 * count / self.machines():.1f}",
                              f"{100 * count / all_losses:.0f}"])
-        return table(["population", "what had changed", "lost of 1,000 in three years", "in 100 losses"], rows)
+        return table(["population", "what had changed", "lost of 1,000 in three years", "in 100 losses"],
+                     rows)
 
     def lost(self, population, wanted):
         """Losses of 1,000 machines in three years that `wanted` picks by their causes."""
@@ -153,7 +156,8 @@ class Pages:
             all_losses = self.lost(population, lambda cause: True)
             by_order = 1000 * self.results["losses"][population]["by order"] / self.machines()
             rows.append([name, f"{all_losses:.1f}", f"{both:.1f}", f"{by_order:.1f}"])
-        return table(["population", "lost of 1,000", "two or more causes", "by the order of values alone"], rows)
+        return table(["population", "lost of 1,000", "two or more causes", "by the order of values alone"],
+                     rows)
 
     def kinds(self):
         texts = {"own": "a number of its own", "none": "nothing that counts", "text": "a text that counts"}
@@ -164,8 +168,8 @@ class Pages:
                 if numbers["machines"] * 50 < self.machines():
                     continue
                 product, board = (texts[part] for part in kind.split(", "))
-                rows.append([self.names[population], product, board,
-                             *(f"{100 * numbers[count] / numbers['machines']:.1f}" for count in ("kept", "own"))])
+                shares = [f"{100 * numbers[count] / numbers['machines']:.1f}" for count in ("kept", "own")]
+                rows.append([self.names[population], product, board, *shares])
         return table(["population", "product says", "board says", "kept 3 years", "own id"], rows)
 
     def order(self):
@@ -213,8 +217,9 @@ class Pages:
         for population, habit, counts in self.results["habits"]:
             found.setdefault(habit, {})[population] = counts
         populations = list(next(iter(found.values())))
-        rows = [[habit, *(f"{self.of_100(counts[population], 'kept'):.1f} / {self.of_100(counts[population], 'own'):.1f}"
-                          for population in populations)] for habit, counts in found.items()]
+        rows = [[habit, *(f"{self.of_100(played[population], 'kept'):.1f} / "
+                          f"{self.of_100(played[population], 'own'):.1f}" for population in populations)]
+                for habit, played in found.items()]
         return table(["the host asks", *(self.names[population] for population in populations)], rows)
 
     def first_year(self):
@@ -228,8 +233,10 @@ class Pages:
         for machines in (1_000, 10_000, 54_563, 100_000, 1_000_000):
             any_two = 1 - math.exp(-machines * (machines - 1) / 2 / space)
             sharing = machines * (1 - math.exp(-(machines - 1) / space))
-            rows.append([f"{machines:,}", f"{100 * any_two:.2f}" if any_two < 0.999 else "100", f"{sharing:.3g}"])
-        return table(["machines with a random id", "in 100: two of them share one", "machines that share"], rows)
+            chance = f"{100 * any_two:.2f}" if any_two < 0.999 else "100"
+            rows.append([f"{machines:,}", chance, f"{sharing:.3g}"])
+        return table(["machines with a random id", "chance in 100 that two share one", "machines that share"],
+                     rows)
 
     def of_basis(self, wanted):
         """Parameters from a "source", assumed with a source "near", or assumed with "none"."""

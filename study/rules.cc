@@ -90,17 +90,6 @@ Ballot TakeBallot(const Computer& computer) {
           computer.memory};
 }
 
-bool SameByVote(const Ballot& stored, const Ballot& present) {
-  int parts = 0;
-  int votes = 0;
-  for (std::size_t i = 0; i < stored.size(); ++i) {
-    if (stored[i].empty()) continue;
-    ++parts;
-    if (stored[i] == present[i]) ++votes;
-  }
-  return parts > 0 && votes * 100 >= parts * 70;
-}
-
 void Watch::Look(Computer& computer, int day) {
   LookByFormats(computer, day);
   for (int rule = kMachineId; rule < kVote; ++rule) {

@@ -4,6 +4,7 @@
 #define DEVICEID_STUDY_RULES_H_
 
 #include <array>
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -41,11 +42,24 @@ extern const std::array<const char*, kRuleCount> kRuleNames;
 std::string IdByRule(Rule rule, const Computer& computer);
 
 // What a licence server that counts votes stores of a machine.
-using Ballot = std::array<std::string, 8>;
+constexpr std::size_t kBallotSize = 8;
+using Ballot = std::array<std::string, kBallotSize>;
 Ballot TakeBallot(const Computer& computer);
 
-// True if at least 70 in 100 of the parts that `stored` has are the same in `present`.
-bool SameByVote(const Ballot& stored, const Ballot& present);
+// True if at least 70 in 100 of the parts that `stored` has are the same in `present`. A part that
+// is not there is equal to Part().
+template <typename Part>
+bool SameByVote(const std::array<Part, kBallotSize>& stored,
+                const std::array<Part, kBallotSize>& present) {
+  int parts = 0;
+  int votes = 0;
+  for (std::size_t i = 0; i < kBallotSize; ++i) {
+    if (stored[i] == Part()) continue;
+    ++parts;
+    if (stored[i] == present[i]) ++votes;
+  }
+  return parts > 0 && votes * 100 >= parts * 70;
+}
 
 // The ids of one rule on one machine.
 struct Course {
