@@ -186,6 +186,11 @@ OverlaidFiles::Entry* OverlaidFiles::ToWrite(const Name& name, bool empty) {
 }
 
 bool OverlaidFiles::MakeFile(Entry& entry, const Name& name) {
+  std::string path = name.path;
+  for (const Entry* on_way = At(path); on_way != &entry; on_way = At(path)) {
+    if (!on_way->now.may_make_behind) return false;
+    path = on_way->now.target;
+  }
   if (!entry.now.may_make_file) return false;
   Change(entry, name, Standing::kFile);
   FileRights& rights = entry.now;

@@ -45,10 +45,11 @@ struct FileRights {
   // made.
   bool may_remove_name = false;
 
-  // Of a link: where it leads, whether the library opens what is there, and whether the system
-  // shows it.
+  // Of a link: where it leads, whether the library opens what is there or may make what is missing,
+  // and whether the system shows it.
   std::string target;
   bool trusted = false;
+  bool may_make_behind = false;
   bool followed = false;
 
   // Of a file. The system may ask more of who deletes a file than the right to remove its name.

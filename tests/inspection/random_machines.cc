@@ -132,8 +132,9 @@ class RandomMachine : public ScriptedMachine {
     if (kind == "days") ticks += std::stol(what) * 86400 * 10'000'000;
     if (kind == "restore") return Restore(what, values.at(0));
     if (kind == "account") {
-      for (const char* name : {"product", "board"}) SetPart(name, "");
-      if (FindPrivilegedValues().uuid) SetValue(L"Win32_ComputerSystemProduct", L"UUID", "");
+      Hide(L"Win32_ComputerSystemProduct", L"IdentifyingNumber");
+      Hide(L"Win32_BaseBoard", L"SerialNumber");
+      if (FindPrivilegedValues().uuid) Hide(L"Win32_ComputerSystemProduct", L"UUID");
     } else if (part == "network") {
       SetAddress(present, values.back());
     } else if (kind != "days") {
@@ -340,6 +341,10 @@ class RandomMachine : public ScriptedMachine {
   void SetValue(const std::wstring& class_text, const wchar_t* property, const std::string& value) {
     wmi[class_text].resize(std::max<std::size_t>(wmi[class_text].size(), 1));
     wmi[class_text][0][property] = std::wstring(value.begin(), value.end());
+  }
+
+  void Hide(const std::wstring& class_text, const wchar_t* property) {
+    for (auto& row : wmi[class_text]) row[property] = L"";
   }
 
   void SetPart(const std::string& part, const std::string& value) {

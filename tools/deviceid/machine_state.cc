@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/accounts.h"
+#include "platform/file_rights.h"
 #include "platform/native_paths.h"
 #include "support/call_log.h"
 #include "support/folder_paths.h"
@@ -21,25 +22,22 @@ using system_info::StoredFile;
 
 constexpr const char* kNewestFormat = "2.0";
 
-// The file of `folders` at `path`, or null.
-StoredFile* FindFile(std::vector<StateFolder>& folders, const std::filesystem::path& path) {
-  for (StateFolder& folder : folders) {
-    if (system_info::FromUtf8(folder.path) != path.parent_path()) continue;
-    for (const auto& [name, file] : kStoredFiles) {
-      if (path.filename() == name) return &(folder.*file);
-    }
-  }
-  return nullptr;
+// True for two names of one folder, too.
+bool IsSameFolder(const std::filesystem::path& one, const std::filesystem::path& other) {
+  using system_info::FolderIdentity, system_info::SystemPath;
+  const auto identity = FolderIdentity(SystemPath(one.native()));
+  return one == other || (identity && identity == FolderIdentity(SystemPath(other.native())));
 }
 
-void Pretend(const std::vector<FileChange>& changes, std::vector<StateFolder>& folders) {
-  for (const FileChange& change : changes) {
-    StoredFile* file = FindFile(folders, system_info::FromSystemText(change.path));
-    if (file == nullptr) continue;
-    *file = {};
+void Pretend(const FileChange& change, StateFolder& folder) {
+  const std::filesystem::path path = system_info::FromSystemText(change.path);
+  if (!IsSameFolder(path.parent_path(), system_info::FromUtf8(folder.path))) return;
+  for (const auto& [name, file] : kStoredFiles) {
+    if (path.filename() != name) continue;
+    folder.*file = {};
     if (change.kind != FileChange::Kind::kFileWritten) continue;
-    file->state = StoredFile::State::kRead;
-    file->bytes = change.content;
+    (folder.*file).state = StoredFile::State::kRead;
+    (folder.*file).bytes = change.content;
   }
 }
 
@@ -60,7 +58,9 @@ system_info::MachineState LookAtMachine(const std::string& format,
   machine.administrator = system_info::PresentAccount().privileged;
   machine.format = format;
   machine.folders = ReadStateFolders();
-  Pretend(pretence.changes, machine.folders);
+  for (const FileChange& change : pretence.changes) {
+    for (StateFolder& folder : machine.folders) Pretend(change, folder);
+  }
   machine.next = system_info::PlayCall(PlayedExport::kGet, format, 0, hardware, pretence);
   if (format != kNewestFormat) return machine;
   machine.recheck = system_info::PlayCall(PlayedExport::kRecheck, format, 0, hardware, pretence);

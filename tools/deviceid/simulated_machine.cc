@@ -150,16 +150,6 @@ std::string OtherValue(PartName part, std::string value) {
   return value;
 }
 
-void PlanAccount(ChangedValues& values) {
-  const auto privileged = system_info::FindPrivilegedValues();
-  if (privileged.product) values[PartName::kProduct] = "";
-  if (privileged.board) values[PartName::kBoard] = "";
-  if (privileged.uuid) values[PartName::kUuid] = "";
-  if (values.empty()) {
-    throw Failure(kWrongUsage, "every account of this machine reads the same hardware values");
-  }
-}
-
 bool IsThere(const StoredFile& file) { return file.state != StoredFile::State::kMissing; }
 
 // Makes the folder and all that are missing above it.
@@ -278,6 +268,20 @@ std::string SimulatedMachine::ValueOf(PartName part) const {
   return found == values_.end() ? "" : found->text;
 }
 
+ChangedValues SimulatedMachine::ValuesHiddenFromAccounts() const {
+  const auto privileged = system_info::FindPrivilegedValues();
+  ChangedValues hidden;
+  if (privileged.product) hidden[PartName::kProduct] = "";
+  if (privileged.board) hidden[PartName::kBoard] = "";
+  if (privileged.uuid) hidden[PartName::kUuid] = "";
+  if (hidden.empty()) {
+    throw Failure(kWrongUsage, "every account of this machine reads the same hardware values");
+  }
+  // A reading that fails does so for every account.
+  std::erase_if(hidden, [&](const auto& value) { return ValueOf(value.first).empty(); });
+  return hidden;
+}
+
 void SimulatedMachine::PlanPart(const Change& change, Differences& differences) const {
   const std::string name = TextOf(*change.part);
   const std::string present = ValueOf(*change.part);
@@ -308,9 +312,7 @@ SimulatedMachine::Differences SimulatedMachine::Plan(const std::vector<Change>& 
     }
     if (change.kind == Kind::kAccount) {
       differences.ordinary_account = true;
-      ChangedValues hidden;
-      PlanAccount(hidden);
-      differences.values.merge(hidden);
+      differences.values.merge(ValuesHiddenFromAccounts());
       text =
           "an account that reads no serial numbers; its rights and folders are those of this one";
     }

@@ -126,6 +126,13 @@ void LookUpFile(const Location& location, const Status& status, FileRights& righ
   rights.longer = rights.start.size() == kStart;
 }
 
+// In a sticky folder that everybody may write to, the kernel makes no file behind the link of a
+// third account.
+bool IsForeignLink(const Status& folder, const Status& link) {
+  return (folder.stx_mode & S_ISVTX) != 0 && (folder.stx_mode & S_IWOTH) != 0 &&
+         link.stx_uid != geteuid() && link.stx_uid != folder.stx_uid;
+}
+
 // As state files follow links.
 void LookUpLink(const std::string& path, const Location& location, const Status& status,
                 FileRights& rights) {
@@ -198,7 +205,10 @@ FileRights LookUpRights(const std::string& path) {
   rights.standing = StandingOf(status);
   if (IsFixed(status) || IsStuck(folder, status)) rights.may_remove_name = false;
   if (rights.standing == Standing::kFile) LookUpFile(location, status, rights);
-  if (rights.standing == Standing::kLink) LookUpLink(path, location, status, rights);
+  if (rights.standing == Standing::kLink) {
+    LookUpLink(path, location, status, rights);
+    rights.may_make_behind = !IsForeignLink(folder, status);
+  }
   return rights;
 }
 

@@ -100,7 +100,7 @@ void LookUpLink(const std::wstring& path, FileRights& rights) {
       file.get(), target.data(), static_cast<DWORD>(target.size()), VOLUME_NAME_DOS);
   if (length == 0 || length >= target.size()) return;
   rights.target = ToUtf8(std::wstring(target.data(), length));
-  rights.trusted = rights.followed = true;
+  rights.trusted = rights.followed = rights.may_make_behind = true;
 }
 
 // False if the system fails to read.
