@@ -91,7 +91,7 @@ static int PrintId(Library library, const char* format) {
 
 int main(int argc, char** argv) {
   const char* path = argc > 1 ? argv[1] : kDefaultLibrary;
-  const char* format = argc > 2 ? argv[2] : "1.5";
+  const char* format = argc > 2 ? argv[2] : "2.0";
   int status;
 
   const Library library = OpenLibrary(path);

@@ -3,7 +3,7 @@
 # hosts are built and run from what they hold, by CMake, by the commands of the guide and by linkers.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-build=$1 wine=$PWD/tools/wine/wine_root.sh consumer=$PWD/tests/consumer
+build=$1 moved=0 wine=$PWD/tools/wine/wine_root.sh consumer=$PWD/tests/consumer
 work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT
 export XDG_DATA_HOME=$work/share
@@ -26,6 +26,8 @@ done
 consumer() {
     cmake -G Ninja -S "$consumer" -B "$1/build" "-DCMAKE_PREFIX_PATH=$1" "${@:2}"
     cmake --build "$1/build"
+    cmake --install "$1/build" --prefix "$1/build/installed"
+    mv "$1/build/installed" "$work/moved-$((++moved))"
 } >&2
 cd "$work"/*-linux-*/
 wanted=$(bin/deviceid --format 1.5)
@@ -35,6 +37,8 @@ wanted=$(bin/deviceid --format 1.5)
 for folder in "$PWD" "$work/deb/usr"; do
     consumer "$folder"
     [[ $("$folder/build/consumer") == $wanted ]]
+    [[ $(mv "$folder/lib" "$folder/away"; "$work/moved-$moved/bin/consumer") == $wanted ]]
+    mv "$folder/away" "$folder/lib"
     PKG_CONFIG_PATH=$folder/lib/pkgconfig
     export PKG_CONFIG_PATH
     gcc "$consumer/consumer.c" $(pkg-config --cflags --libs deviceid) -o "$work/by_gcc"
@@ -42,13 +46,14 @@ for folder in "$PWD" "$work/deb/usr"; do
 done
 
 # Each command of the guide that is no preparation prints the same id, on a PC of its own.
-sed -n '/^### Linux/,/^### Windows/s/^    //p' share/doc/deviceid/guide.md | grep -v dotnet |
-    grep -v "^cp " > "$work/commands"
+guide=share/doc/deviceid/guide.md
+sed -n '0,/^```c$/d; /^```$/q; p' $guide > my.c
+sed -n '/^With an archive/,/^### Windows/s/^    //p' $guide | grep -v "dotnet\|^cp " > "$work/commands"
 command -v javac > /dev/null || sed -i '/java /d' "$work/commands" # a mere runtime takes no source
 own=(env)
 [[ $(id -u) != 0 ]] || own=(unshare --mount sh -c 'mount -t tmpfs tmpfs /var/lib && exec "$@"' sh)
 "${own[@]}" bash -e "$work/commands" > "$work/ids"
-[[ $(wc -l < "$work/ids") -ge 5 && $(sort -u "$work/ids") =~ ^2-0-[^[:space:]]{36}$ ]] ||
+[[ $(wc -l < "$work/ids") -ge 6 && $(sort -u "$work/ids") =~ ^2-0-[^[:space:]]{36}$ ]] ||
     { cat "$work/commands" "$work/ids" && exit 1; }
 
 for bits in x86:i686 x64:x86_64; do
@@ -56,11 +61,11 @@ for bits in x86:i686 x64:x86_64; do
     consumer "$PWD" "-DCMAKE_TOOLCHAIN_FILE=$consumer/../../cmake/windows-${bits%:*}.cmake"
     clang "--target=${bits#*:}-windows-msvc" -ffreestanding -Iinclude -c "$consumer/bare.c" -o bare.o
     lld-link /out:bin/bare.exe /subsystem:console /entry:start bare.o lib/deviceid.lib
-    cp build/consumer.exe bin
+    cp "$work/moved-$moved"/bin/* bin
     "${bits#*:}-w64-mingw32-gcc" -Iinclude share/doc/deviceid/examples/host.c -o bin/host.exe
     "${bits#*:}-w64-mingw32-g++" -static -Iinclude share/doc/deviceid/examples/cpp/main.cc \
         lib/deviceid.lib -o bin/cpp.exe
-    printf '@%s\n@echo %%errorlevel%%\n' consumer host 'cpp 1.5' 'deviceid --format 1.5' bare \
+    printf '@%s\n@echo %%errorlevel%%\n' consumer 'host deviceid.dll 1.5' 'cpp 1.5' 'deviceid --format 1.5' bare \
         > bin/all.bat
     echo '@exit 0' >> bin/all.bat
 done
