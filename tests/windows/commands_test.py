@@ -15,6 +15,7 @@ HERE = pathlib.Path(__file__).parent
 WINE = HERE / "../../tools/wine/wine_root.sh"
 C = "/wine/drive_c"
 KEPT = "Käse-日本"
+OTHER_ID = "2-0-01234567-89ab-cdef-0123-456789abcdef"
 faults = []
 
 # What is run in this order, each under a name. "copy" keeps a copy of the state folder, and "log" is kept in
@@ -39,6 +40,15 @@ STEPS = [
     ("65 ", "inspect", r"C:\windows"),
     ("69", "--library", rf"C:\{KEPT}\log"),
     ("2", "explian"),
+    ("simulated", "simulate", "--json", "replace=network"),
+    ("matrix", "simulate", "--all", "--svg", rf"C:\{KEPT}\matrix.svg"),
+    ("healthy", "doctor", "--json"),
+    ("case", "report", "--redact", "--log", rf"C:\{KEPT}\log", rf"C:\{KEPT}\case.json"),
+    ("of a case", "explain", "--json", rf"C:\{KEPT}\case.json"),
+    ("refused", "repair", "restore", "--yes"),
+    ("mended", "repair", "keep", OTHER_ID, "--json", "--yes", "--backup", rf"C:\{KEPT}\backup"),
+    ("undone", "repair", "undo", rf"C:\{KEPT}\backup", "--json", "--yes"),
+    ("at last", "explain", "--json"),
 ]
 
 
@@ -83,7 +93,7 @@ def objects(answers):
         if "--json" not in words:
             continue
         told[name] = json.loads(answers[name][1])
-        schema = HERE / f"../../docs/{words[0]}.schema.json"
+        schema = HERE / f"../../docs/{words[0].replace('simulate', 'explain')}.schema.json"
         jsonschema.validate(told[name], json.loads(schema.read_text()))
     return told
 
@@ -112,6 +122,16 @@ def main():
     for status in ("66", "65", "65 ", "69", "2"):
         expect(f"bad input {status}", answers[status][:2], (int(status), ""))
         expect(f"complaint {status}", bool(re.fullmatch("deviceid: [^\n]+\n", answers[status][2])), True)
+    expect("simulation", (answers["simulated"][0], told["simulated"]["verdict"]), (0, "forgiven"))
+    expect("matrix", (answers["matrix"][0], answers["matrix"][1].count("kept") > 3), (0, True))
+    expect("ills of this PC", [finding["code"] for finding in told["healthy"]["findings"] if finding["level"] != "ok"],
+           ["adapter-choice"])
+    expect("report", answers["case"], (0, "", ""))
+    expect("verdict of the case", told["of a case"]["verdict"], "same")
+    expect("redacted id", told["of a case"]["id"] != device_id.strip(), True)
+    expect("no need", answers["refused"][0], 76)
+    expect("repair", (told["mended"]["call"]["id"], told["mended"]["backup"]), (OTHER_ID, rf"C:\{KEPT}\backup"))
+    expect("undone repair", told["at last"]["next"]["id"], device_id.strip())
     print(*faults, sep="\n")
     sys.exit(bool(faults))
 
