@@ -22,7 +22,7 @@ expect() {
 line=$'deviceid: [^\n]+'
 expect 0 '[^[:space:]]{36}' '' --format 1.0
 expect 0 '[^[:space:]]{40}' '\[..:..:..:...\] \[Debug\] Execute .*' --format 1.5 --log
-expect 6 '' 'deviceid: UnsupportedVersion \(6\): .*"9\.9"' --format 9.9
+expect 6 '' 'deviceid: UnsupportedVersion \(6\): .*"9\.9"; there are 1\.0, .*' --format 9.9
 expect 6 '' "$line" --format $'9\n9'
 expect 7 '' 'deviceid: NoVersion \(7\): .*' --format ''
 expect 8 '' '.* RecheckHardwareId is not supported .*"1\.5"' --format 1.5 --recheck --log

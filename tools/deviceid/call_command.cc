@@ -34,9 +34,13 @@ constexpr const char* kFooter =
 Without a command the program makes the call that a host makes: it may store an
 id, and says so in one line on standard error. Only --no-store never writes.
 
-Exit status: the result of the library, 0 for an id; 2 wrong usage; 69 no such
-library; 74 output cannot be written; 75 another account would lose its id (see
---yes).)";
+Exit status:
+  0   an id was printed
+  3-8 the result of the library, with its name on standard error
+  2   wrong usage
+  69  no such library
+  74  the output cannot be written
+  75  another account would lose its id (see --yes))";
 
 struct Arguments {
   std::string format = "2.0";
@@ -249,7 +253,7 @@ Command CallCommand() {
             ValueKind::kText,
             {kFlags[0].name, kFlags[1].name, kFlags[2].name},
             "--recheck"},
-           {"--no-store", "Play the call and store nothing", &arguments->no_store},
+           {"--no-store", "Dry run: store nothing", &arguments->no_store},
            {"--yes", "Store the id even if another account loses its own", &arguments->yes},
            {"--library",
             "Call this library instead of the one inside",

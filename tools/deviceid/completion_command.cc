@@ -20,7 +20,10 @@ constexpr const char* kFooter =
 
 Writes nothing.
 
-Exit status: 0; 2 wrong usage; 74 output cannot be written.)";
+Exit status:
+  0   printed
+  2   wrong usage
+  74  the output cannot be written)";
 
 // In front of and behind what the program says of its commands. The functions of a shell find the
 // command, and the word in front of the present one.

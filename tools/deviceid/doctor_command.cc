@@ -11,8 +11,8 @@ namespace deviceid {
 namespace {
 
 constexpr const char* kFooter =
-    R"(Each line is OK, WARN or FAIL and says what to do. Run it as the account that the
-host runs as; root also sees the ids of other accounts.
+    R"(Each line is OK, WARN or FAIL and says what to do. Run it as the account that
+the host runs as; root also sees the ids of other accounts.
 
 Examples:
   deviceid doctor
@@ -20,8 +20,12 @@ Examples:
 
 Writes nothing.
 
-Exit status: 0 all is well; 10 there is a warning; 20 there is a failure; 2 wrong
-usage; 74 output cannot be written.)";
+Exit status:
+  0   all is well
+  10  there is a warning
+  20  there is a failure
+  2   wrong usage
+  74  the output cannot be written)";
 
 int Run(bool json) {
   const auto findings = system_info::CheckHealth(LookAtHealth());

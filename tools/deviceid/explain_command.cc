@@ -26,15 +26,21 @@ constexpr const char* kFooter =
 
 Examples:
   deviceid explain                            this PC
-  deviceid explain --against ~/deviceid.kept  this PC, beside a copy of the folder
+  deviceid explain --against ~/deviceid.kept  this PC and a copy of the folder
   deviceid explain host.log                   the call that wrote this log
   deviceid explain case.json                  the PC that a case file is of
 
 Writes nothing.
 
-Exit status: 0 the id stays; 10 it changes, or will; 20 there is no id; 2 wrong
-usage; 65 no log, case file or state folder, or a damaged one; 66 no such file;
-74 output cannot be written; 77 no rights.)";
+Exit status:
+  0   the id stays
+  10  the id changes, at once or at the next comparison
+  20  there is no id
+  2   wrong usage
+  65  the input is no log, case file or state folder, or it is damaged
+  66  no such file
+  74  the output cannot be written
+  77  permission denied)";
 
 struct Arguments {
   std::string format = "2.0";

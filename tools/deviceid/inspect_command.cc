@@ -21,7 +21,7 @@ using system_info::StoredFile;
 using system_info::StoredFileReport;
 
 constexpr const char* kFooter =
-    R"(PATH is a stored file, or a folder that holds some; without one, the files of
+    R"(PATH is a stored file, or a folder that holds some. Without one, the files of
 this PC are shown.
 
 Examples:
@@ -30,9 +30,14 @@ Examples:
 
 Writes nothing.
 
-Exit status: 0 all files are good; 10 one is damaged, or they do not agree; 2
-wrong usage; 65 a folder without stored files; 66 no such file; 74 output cannot
-be written; 77 no rights.)";
+Exit status:
+  0   all files are good
+  10  a file is damaged, or record and id disagree
+  2   wrong usage
+  65  the folder holds no stored files
+  66  no such file
+  74  the output cannot be written
+  77  permission denied)";
 
 struct Arguments {
   std::vector<std::string> paths;

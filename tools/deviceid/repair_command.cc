@@ -32,23 +32,33 @@ using system_info::ToUtf8;
 
 constexpr const char* kFooter =
     R"(REPAIR is one of:
-  restore      the id in the record goes back into its file, device.idv2
-  keep ID      ID becomes the id of the present hardware
-  anew         ids and records go, and a call makes a new id
-  undo BACKUP  all stored files become as they were before a repair
+  restore      puts the id of the record back into its file, device.idv2
+  keep ID      makes ID the id of the present hardware
+  anew         removes ids and records, and makes a new id
+  undo BACKUP  restores all stored files as they were before a repair
 
 Examples:
   deviceid repair keep 2-0-01234567-89ab-cdef-0123-456789abcdef --dry-run
   deviceid repair restore
   deviceid repair undo /var/backups/deviceid/2026-11-23-1
 
-Writes. It shows what will be different and asks, copies both state folders, and makes the call of a host
-(but after undo). If that does not give what was announced, all is put back. The last line of its output
-is the folder with the copies.
+Writes. It shows the changes and asks, backs up both state folders, makes the
+changes, and calls the library as a host does (undo does not). If the call does
+not return the announced id, all changes are rolled back. The last line of the
+output is the folder of the backup.
 
-Exit status: 0 repaired, or --dry-run; 2 wrong usage; 65 or 66 no good backup; 71 put back; 72 another
-repair is running; 73 stopped halfway, undo brings all back; 74 output or backup cannot be written; 75 not
-agreed to; 76 no need or no way; 77 no rights.)";
+Exit status:
+  0   repaired, or shown by --dry-run
+  2   wrong usage
+  65  the backup is damaged
+  66  no such backup
+  71  failed, and all changes are rolled back
+  72  another repair is running
+  73  stopped halfway; "repair undo" with the backup restores all files
+  74  the output or the backup cannot be written
+  75  not confirmed
+  76  nothing to repair, or no way to
+  77  permission denied)";
 
 constexpr const char* kFormat = "2.0";
 constexpr system_info::HidFormatVersion kVersion(2, 0);

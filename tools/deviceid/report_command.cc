@@ -26,9 +26,9 @@ it the case file goes to standard output. "deviceid explain FILE" reads it.
 
 --redact puts digests in the place of serial numbers, addresses, ids and the
 names of accounts and of the machine. Equal values stay equal within a report.
-The key of the digests is drawn anew and kept nowhere; with --redact-key the
-reports of one key can be compared with each other. Lines of a log that the
-library did not write are left out then.
+The key of the digests is random and not stored; with --redact-key, the reports
+of one key can be compared with each other. Lines of a log that the library did
+not write are left out.
 
 Examples:
   deviceid report case.json
@@ -37,9 +37,13 @@ Examples:
 
 Writes FILE and nothing else.
 
-Exit status: 0 good; 2 wrong usage, or FILE lies in a folder of the library; 65
-no log of a call, or a key of less than 16 bytes; 66 no such file; 74 FILE or
-output cannot be written; 77 no rights.)";
+Exit status:
+  0   written
+  2   wrong usage, or FILE lies in a folder of the library
+  65  the log is not one of a call, or the key has less than 16 bytes
+  66  no such file
+  74  FILE or the output cannot be written
+  77  permission denied)";
 
 struct Arguments {
   std::optional<std::string> file;

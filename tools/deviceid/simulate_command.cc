@@ -22,24 +22,31 @@ namespace deviceid {
 namespace {
 
 constexpr const char* kFooter =
-    R"(CHANGE is one of these; several can be given. PART is volume, product, board or network.
+    R"(CHANGE is one of these; several can be given. PART is volume, product, board or
+network.
   replace=PART      the part has another value
   gone=PART         the part has no value
   new=PART:TEXT     the part has this value
   days=NUMBER       the clock is so many days ahead
-  account=ordinary  an account asks that reads no serial numbers (Linux)
-  restore=DIR       the files of a kept state folder stand in the place of the present ones
+  account=ordinary  the calling account cannot read serial numbers (Linux)
+  restore=DIR       a kept state folder takes the place of the present files
 
 Examples:
-  deviceid simulate replace=network days=30   a new adapter, and the comparison is due
-  deviceid simulate --all                     each change of one part, and each pair
-  deviceid simulate --svg id.svg              the same, as a picture for a mail too
+  deviceid simulate replace=network days=30   a new adapter, when next compared
+  deviceid simulate --all                     each single change and each pair
+  deviceid simulate --svg id.svg              the same, also as a picture
 
 Writes nothing but the file of --svg.
 
-Exit status: 0 the id stays; 10 it changes, or will; 20 there is no id; 2 wrong usage, or no such
-part; 65 not a state folder; 66 no such folder; 74 output cannot be written; 77 no rights. With --all
-it is that of the machine without these changes.)";
+Exit status (with --all, that of the machine as it is):
+  0   the id stays
+  10  the id changes, at once or at the next comparison
+  20  there is no id
+  2   wrong usage, or no such part
+  65  not a state folder
+  66  no such folder
+  74  the output cannot be written
+  77  permission denied)";
 
 struct Arguments {
   std::vector<std::string> changes;
