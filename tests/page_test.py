@@ -93,8 +93,13 @@ def check_logs(driver, program, player):
         None: {"failed", "stored", "from-hardware"}})
 
 
-def check_cases(driver):
+def check_cases(driver, program):
     """Case files and what only looks like one."""
+    report = subprocess.run([program, "report", "--redact"], check=True, stdout=subprocess.PIPE).stdout
+    sentence = driver.execute_script("showAll(utf8.encode(arguments[0]));"
+                                     "return document.querySelector('#reports .sentence').textContent",
+                                     report.decode())
+    expect("the case of this machine", sentence, explained(program, report)["sentence"])
     log = (pathlib.Path(__file__).parent.parent / "tools/page/example.log").read_text()
     explanation = {"schema": 1, "command": "explain", "verdict": "will-change", "sentence": "S <b>",
                    "situation": "known-machine", "id": "2-0-a", "parts": [], "warnings": [],
@@ -205,7 +210,7 @@ def main():
         driver = browser(page.resolve(), profile)
         try:
             check_logs(driver, program, player)
-            check_cases(driver)
+            check_cases(driver, program)
             check_keyboard(driver)
             expect("the console", driver.get_log("browser"), [])
             check_network(driver, page.resolve())
