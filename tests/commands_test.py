@@ -37,6 +37,7 @@ def situations(_):
             ("other parts, old", ID, record(ID, old, "a", "b"), (10, "changes-now", own)),
             ("a random record", ID, record(ID, old, *parts, kind=1), (0, "not-compared", ID)),
             ("another id in the record", ID, record(own, old, *parts), (0, "not-compared", ID)),
+            ("a record of zeros", ID, bytes(88), (0, "not-compared", ID)),
             ("a record without id", "", record(ID, young, *parts), (20, "no-id", None)),
             ("a line end behind the id", own + "\n", record(own, young, *parts),
              (20, "no-id", None)),
@@ -76,6 +77,7 @@ def accounts(_):
     before = trees()
     status, _, said = run()
     expect("an id that would be taken away", (status, ID in said, trees()), (75, True, before))
+    expect("by another library", (run("--library", paths["library"])[0], trees()), (75, before))
     expect("with consent", run("--yes")[0], 0)
     expect("no rights", run("explain", "/root", account=SOMEBODY)[0], 77)
 
@@ -91,6 +93,7 @@ def bad_input(work):
                            (66, "inspect", work / "none"), (65, "inspect", work / "empty"),
                            (66, "explain", "--against", work / "none"),
                            (2, "explain", "--format", "2"), (2, "explian"),
+                           (2, "explain", "--format", "1.6", "--against", work),
                            (69, "--library", work / "none"), (69, "--library", work / "text")):
         seen, output, said = run(*map(str, words))
         expect(f"{words}", (seen, output), (status, ""))

@@ -38,6 +38,9 @@ def changes(work):
 def bad_changes(work):
     """One line on standard error, and a status of its own."""
     run()
+    for path in (COMMON / "device.idv2", work / "link"):
+        path.exists() or path.symlink_to(COMMON / "hid_settings")
+        expect(f"a picture at {path}", (run("simulate", "--svg", str(path))[0], trees()), (2, trees()))
     for status, *words in ((2, "gone=network", "replace=network"), (2, "account=ordinary", "gone=board"),
                            (2, "gone=disk"), (2, "gone=product"), (2, "new=board:"), (2, "new=network:x"),
                            (2, "days=-1"), (2, "account=root"), (2,), (66, f"restore={work}/none"),

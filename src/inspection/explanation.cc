@@ -89,6 +89,7 @@ void DescribeFiles(const std::vector<StateFolder>& folders, Findings& findings) 
 void DescribeRecord(const std::optional<RecordSummary>& record, Findings& findings) {
   if (!record) return;
   findings.words["record_id"] = record->id;
+  findings.words["record_damage"] = record->damage;
   findings.words["record_folder"] = record->path;
 }
 
@@ -116,7 +117,11 @@ void FindAccounts(const MachineState& machine, const LogFacts& next, Findings& f
   const bool both_sides = std::any_of(
       findings.parts.begin(), findings.parts.end(),
       [&](const Part& part) { return part.state != one_sided && IsSerialNumber(part); });
-  findings.other_account = told && !both_sides && !AnySerialNumberFailed(next);
+  // The record of an ordinary account holds nothing that root does not read.
+  const bool foreign = machine.administrator &&
+                       std::any_of(findings.parts.begin(), findings.parts.end(),
+                                   [](const Part& part) { return part.state == PartState::kGone; });
+  findings.other_account = told && !both_sides && !foreign && !AnySerialNumberFailed(next);
 }
 
 // Where the log of an old format's call has values, they are told; there is nothing beside them.
@@ -153,6 +158,7 @@ Explanation ExplainMachine(const MachineState& machine) {
   FindAccounts(machine, next, findings);
   findings.words = {{"format", machine.format},
                     {"id_folder", explanation.id_folder},
+                    {"stored_id", explanation.id.value_or("")},
                     {"new_id", deciding.random ? "a random id" : "a new id"},
                     {"reading_failure", ReadingFailureOf(explanation.due ? next : recheck)},
                     {"mend_hardware", MendingOf(explanation.due ? next : recheck)},
@@ -163,7 +169,10 @@ Explanation ExplainMachine(const MachineState& machine) {
   const bool older = next.Loaded() == &next.id && next.idv2.begun;
   findings.older_id = older && !DescribeBadId(machine.folders, false).empty();
   const auto file = next.Loaded() == &next.id ? &StateFolder::id : &StateFolder::idv2;
-  findings.different_ids = next.Loaded() != nullptr && HoldDifferentIds(machine.folders, file);
+  if (const auto other = FindOtherId(machine.folders, file); next.Loaded() && other) {
+    findings.words["other_id"] = other->id;
+    findings.words["other_folder"] = other->path;
+  }
   DescribeComparison(findings);
 
   Decide(findings, explanation);
@@ -208,6 +217,7 @@ Explanation ExplainFolder(const StateFolder& folder) {
   }
   if (record) findings.parts = CompareParts(record->parts, std::nullopt);
   findings.older_id = id && id->older && !DescribeBadId(folders, false).empty();
+  findings.words["stored_id"] = explanation.id.value_or("");
   DescribeRecord(record, findings);
   DescribeFiles(folders, findings);
 

@@ -95,6 +95,7 @@ struct RecordSummary {
   std::string format;
   std::vector<std::string> parts;
   std::uint64_t trailing_bytes = 0;
+  std::string damage;  // Of a record that the library reads although it names no id.
 };
 
 struct Warning {

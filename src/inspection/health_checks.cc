@@ -4,6 +4,7 @@
 #include <array>
 #include <initializer_list>
 #include <iterator>
+#include <set>
 #include <string_view>
 
 #include "inspection/log_facts.h"
@@ -415,9 +416,30 @@ Ills DamagedRecords(const HealthFacts& facts) {
                     ": the next call removes it and makes the id anew from the hardware.");
 }
 
+bool IsUnreadable(const StoredFileReport& file) {
+  return file.state == StoredFile::State::kUnreadable;
+}
+
+// One for a folder, whose files cannot even be seen.
+Ills ClosedFolders(const HealthFacts& facts) {
+  std::set<std::string> folders;
+  for (const StoredFileReport& file : facts.files) {
+    const bool seen = !IsUnreadable(file) || file.facts.kind != FileKind::kUnknown;
+    if (!seen) folders.insert(file.path.substr(0, file.path.find_last_of("/\\")));
+  }
+  Ills ills;
+  for (const std::string& folder : folders) {
+    const std::string path = Quoted(facts, folder);
+    ills.push_back({"This account may not look into " + folder + ".",
+                    Choose(facts, "icacls " + path + " /grant Users:RX", "chmod a+rx " + path)});
+  }
+  return ills;
+}
+
 Ills UnreadableFiles(const HealthFacts& facts) {
   return OfFiles(
-      facts, [](const auto& file) { return file.state == StoredFile::State::kUnreadable; },
+      facts,
+      [](const auto& file) { return IsUnreadable(file) && file.facts.kind != FileKind::kUnknown; },
       [&](const auto& file) {
         const bool right = file.why == "permission denied";
         const std::string path = Quoted(facts, file.path);
@@ -492,12 +514,14 @@ Ills IdWithoutRecord(const HealthFacts& facts) {
 
 Ills DifferentIds(const HealthFacts& facts) {
   const auto& folders = facts.machine.folders;
-  const bool different =
-      HoldDifferentIds(folders, &StateFolder::idv2) || HoldDifferentIds(folders, &StateFolder::id);
-  return When(different,
-              "The common folder and that of this account hold different ids; the common one "
-              "counts.",
-              "deviceid makes a call, which removes the other one");
+  auto other = FindOtherId(folders, &StateFolder::idv2);
+  if (!other) other = FindOtherId(folders, &StateFolder::id);
+  if (!other) return {};
+  return {
+      {"The common folder and that of this account hold different ids; the common one counts, and "
+       "the next call removes " +
+           other->id + " from " + other->path + ".",
+       "if the other id is the right one: " + KeepCommand(other->id)}};
 }
 
 Ills RandomRecord(const HealthFacts& facts) {
@@ -514,10 +538,10 @@ Ills OtherRecord(const HealthFacts& facts) {
   const bool other = HasRecord(facts) && facts.explanation.id &&
                      facts.explanation.record->id != *facts.explanation.id &&
                      !CountingRecordIsZeros(facts);
-  return When(other,
-              "The record belongs to another id, so the hardware is not compared before the next "
-              "call stores a new one.",
-              KeepOrAnew(facts));
+  // The record of a damaged id file is the last one that names its id.
+  const std::string remedy =
+      facts.explanation.older_id ? RestoreCommand(facts, std::nullopt) : KeepOrAnew(facts);
+  return When(other, "The record belongs to another id, so the hardware is not compared.", remedy);
 }
 
 bool IsToldElsewhere(const Explanation& explanation) {
@@ -639,7 +663,7 @@ struct Check {
   Ills (*find)(const HealthFacts&) = nullptr;
 };
 
-constexpr std::size_t kMostChecks = 9;  // Of an area; those behind the last one have no code.
+constexpr std::size_t kMostChecks = 10;  // Of an area; those behind the last one have no code.
 
 // What is looked at together. The lines say what is there where no check of the area finds an ill,
 // or in any case.
@@ -671,6 +695,7 @@ constexpr std::array<Area, 8> kAreas = {{
      DescribeFolders,
      {{{"nowhere-to-store", Level::kFail, NowhereToStore},
        {"file-for-folder", Level::kFail, FilesInPlaceOfFolders},
+       {"closed-folder", Level::kFail, ClosedFolders},
        {"linked-folder", Level::kWarn, LinkedFolders},
        {"folder-open-to-others", Level::kWarn, WritableFolders},
        {"not-carried-over", Level::kWarn, HalfCarriedOver},

@@ -28,6 +28,7 @@ RecordSummary Summarize(const RecordContent& content, const StateFolder& folder)
   record.format = *content.version;
   record.parts = content.parts;
   record.trailing_bytes = content.trailing_bytes + folder.record.unread;
+  record.damage = content.damage;
   return record;
 }
 
@@ -60,16 +61,17 @@ std::optional<CountingId> FindCountingId(const StateFolder& folder) {
   return std::nullopt;
 }
 
-bool HoldDifferentIds(const std::vector<StateFolder>& folders, StoredFile StateFolder::*file) {
+std::optional<OtherId> FindOtherId(const std::vector<StateFolder>& folders,
+                                   StoredFile StateFolder::*file) {
   std::string first;
   for (const StateFolder& folder : folders) {
     const IdContent content = JudgeIdBytes((folder.*file).bytes);
     if (content.state != ContentState::kGood) continue;
     const std::string id = RewriteDeviceIdPrefix(content.id, kFormat);
-    if (!first.empty() && id != first) return true;
+    if (!first.empty() && id != first) return OtherId{id, folder.path};
     first = id;
   }
-  return false;
+  return std::nullopt;
 }
 
 std::string DescribeBadId(const std::vector<StateFolder>& folders, bool with_older) {

@@ -23,8 +23,14 @@ struct CountingId {
 // The id that a call for format 2.0 finds in a folder.
 std::optional<CountingId> FindCountingId(const StateFolder& folder);
 
-// True if both folders hold a good id in `file` and the two differ.
-bool HoldDifferentIds(const std::vector<StateFolder>& folders, StoredFile StateFolder::*file);
+struct OtherId {
+  std::string id;  // As a call for format 2.0 returns it.
+  std::string path;
+};
+
+// The good id of `file` in the second folder, if the first one holds another.
+std::optional<OtherId> FindOtherId(const std::vector<StateFolder>& folders,
+                                   StoredFile StateFolder::*file);
 
 // What is wrong with the first id file or record that is damaged or cannot be read, as the start of
 // a sentence: "device.idv2 in /x is damaged (a line end stands at the id)". Empty if there is none.

@@ -184,7 +184,15 @@ IdContent JudgeIdBytes(std::string_view bytes) {
 
 RecordContent DecodeRecord(std::string_view bytes) {
   if (bytes.empty()) return {};
-  return FieldReader(bytes).Read();
+  RecordContent content = FieldReader(bytes).Read();
+  if (content.state != ContentState::kGood || IsValidDeviceId(*content.device_id)) return content;
+  // The library takes such a record for one of another id.
+  const bool zeros = bytes.find_first_not_of('\0') == std::string_view::npos;
+  if (zeros) content.trailing_bytes = 0;
+  content.state = ContentState::kDamaged;
+  content.damage =
+      zeros ? "it holds only zero bytes, as a power loss leaves it" : "it names no valid id";
+  return content;
 }
 
 }  // namespace system_info

@@ -69,6 +69,8 @@ constexpr const char* kPutRecordBack =
     "If the id is to stay, give it a record before the next call: deviceid repair keep. An id "
     "alone "
     "does not stay.";
+constexpr const char* kKeepForHardware =
+    "Give the stored id a new record: deviceid repair keep {stored_id}.";
 constexpr const char* kWhoChangedFiles =
     "Nothing if an id was put back on purpose. Otherwise find out who changed a file.";
 
@@ -109,6 +111,10 @@ constexpr VerdictRule kRules[] = {
     {kMachine, kAny, CallEnd::kRecordIsRandom, kAlways, Verdict::kNotCompared, 0,
      "The record belongs to a random id, which is never compared with the hardware. The id stays.",
      ""},
+    {kMachine, kAny, CallEnd::kRecordHasOtherId, NoGoodRecordId, Verdict::kNotCompared, 0,
+     "The record is damaged ({record_damage}), so the hardware is not compared. The stored id "
+     "stays.",
+     kKeepForHardware},
     {kMachine, kAny, CallEnd::kRecordHasOtherId, OlderId, Verdict::kNotCompared, 0,
      "The record belongs to {record_id}, so the hardware is not compared, and calls give the older "
      "id.",
@@ -172,6 +178,8 @@ constexpr VerdictRule kRules[] = {
      kPutRecordBack},
     {kFolder, CallEnd::kRecordIsRandom, kAny, kAlways, Verdict::kNotCompared, 0,
      "The record belongs to a random id, which is never compared with the hardware.", ""},
+    {kFolder, CallEnd::kRecordHasOtherId, kAny, NoGoodRecordId, Verdict::kNotCompared, 0,
+     "The record is damaged ({record_damage}), so the hardware is not compared.", kKeepForHardware},
     {kFolder, CallEnd::kRecordHasOtherId, kAny, OlderId, Verdict::kNotCompared, 0,
      "The record belongs to {record_id}, so the hardware is not compared, and calls give the older "
      "id.",
@@ -292,9 +300,9 @@ struct Lead {
 
 constexpr Lead kLeads[] = {
     {OlderId, "{older_id}. "},
-    {[](const Findings& f) { return f.different_ids; },
+    {[](const Findings& f) { return !Word(f, "other_id").empty(); },
      "The two folders hold different ids. The one in {id_folder} counts, and the next call removes "
-     "the other. "},
+     "{other_id} from {other_folder}. "},
 };
 
 bool Fits(const VerdictRule& rule, const Findings& findings) {
@@ -345,11 +353,13 @@ std::string CountParts(std::size_t number, std::size_t of) {
          (number == 1 ? " has" : " have");
 }
 
-// "the product and the board", of all parts in one state.
+// "the product and the board", of all parts in one state; empty if one of them has no name.
 std::string ListParts(const Findings& findings, PartState state) {
   std::vector<std::string> names;
   for (const Part& part : findings.parts) {
-    if (part.state == state) names.push_back("the " + NameOf(part));
+    if (part.state != state) continue;
+    if (part.names.empty()) return {};
+    names.push_back("the " + NameOf(part));
   }
   std::string list;
   for (std::size_t i = 0; i < names.size(); ++i) {

@@ -31,7 +31,6 @@ struct Findings {
   bool fatal_record = false;   // A damaged record is why the call fails.
   bool other_account = false;  // Serial numbers are missing that another account reads.
   bool older_id = false;       // The id of device.id stands in for a damaged device.idv2.
-  bool different_ids = false;  // The two folders hold different ids.
 
   std::map<std::string, std::string> words;
 };

@@ -1,5 +1,6 @@
 #include "inspection/warnings.h"
 
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -37,10 +38,12 @@ void WarnOfRecord(const StoredFile& file, const std::string& name, std::vector<W
     warnings.push_back({"damaged-file", name + " is empty. The next call removes it."});
   }
   if (content.state == ContentState::kDamaged) {
-    const bool fatal = content.use == RecordUse::kFatal;
-    warnings.push_back({"damaged-file", name + " is damaged: " + content.damage +
-                                            (fatal ? ". Each call fails and leaves it there."
-                                                   : ". The next call removes it.")});
+    static const std::map<RecordUse, const char*> kFates = {
+        {RecordUse::kRead, ". It is not compared with the hardware."},
+        {RecordUse::kRemoved, ". The next call removes it."},
+        {RecordUse::kFatal, ". Each call fails and leaves it there."}};
+    warnings.push_back(
+        {"damaged-file", name + " is damaged: " + content.damage + kFates.at(content.use)});
   }
   if (content.trailing_bytes > 0) {
     const std::uint64_t trailing_bytes = content.trailing_bytes + file.unread;

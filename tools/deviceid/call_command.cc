@@ -211,7 +211,7 @@ std::string ToJson(const std::string& format, const Answer& answer) {
 }
 
 Answer AskAndTellWhatWasStored(const Arguments& arguments) {
-  if (!arguments.yes && !arguments.library) AskBeforeTakingIdsAway(arguments);
+  if (!arguments.yes) AskBeforeTakingIdsAway(arguments);
   const std::vector<StoredId> before = LookAtStoredIds();
   Answer answer = AskLibrary(arguments);
   const std::string change = DescribeChange(before, LookAtStoredIds());

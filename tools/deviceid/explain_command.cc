@@ -94,6 +94,11 @@ Explanation ExplainKeptFolder(const std::filesystem::path& path, const Arguments
 }
 
 Explanation Explain(const Arguments& arguments) {
+  if (arguments.format != "2.0" && (arguments.path || arguments.against)) {
+    throw Failure(kWrongUsage,
+                  "--format is for this machine as it is; folders hold what format 2.0 stores, and "
+                  "a log names its format");
+  }
   if (!arguments.path) return ExplainThisMachine(arguments);
   const std::string& name = *arguments.path;
   if (name.empty()) throw Failure(kWrongUsage, "PATH is empty");

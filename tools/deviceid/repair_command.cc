@@ -144,12 +144,20 @@ RepairPlan MakePlan(const std::vector<std::string>& words, system_info::Hardware
   return words[0] == "keep" ? PlanKeep(sight, id) : PlanAnew(sight);
 }
 
-// A repair whose announcement is not what was asked for is none.
-void RefuseWrongEnd(const Repair& repair) {
+// True if a comparison with the present hardware gives another id than the one to be kept.
+bool EndsAtComparison(const Repair& repair, const system_info::MachineState& after) {
+  return repair.announcement.repair == "keep" && after.recheck &&
+         after.recheck->result == system_info::HidResult::Success &&
+         after.recheck->id != repair.plan.id;
+}
+
+// Refuses a repair that would not do what was asked for.
+void RefuseWrongEnd(const Repair& repair, const system_info::MachineState& after) {
   const auto& next = repair.foreseen;
   const std::string& wanted = repair.plan.id;
   const bool good = next.result == system_info::HidResult::Success;
-  if (repair.source || (good && (wanted.empty() || next.id == wanted))) return;
+  const bool right = good && (wanted.empty() || next.id == wanted);
+  if (repair.source || (right && !EndsAtComparison(repair, after))) return;
   const auto& changes = repair.plan.changes;
   const auto common = StateFolderPaths()[0];
   const bool own = system_info::FromSystemText(changes.back().path).parent_path() != common;
@@ -176,7 +184,7 @@ Repair Prepare(const std::vector<std::string>& words, system_info::HardwareSourc
   name = words[0];
   explanation = system_info::ExplainMachine(before_call);
   repair.foreseen = before_call.next;
-  RefuseWrongEnd(repair);
+  RefuseWrongEnd(repair, before_call);
   const bool called = !repair.source;
   const auto& changes = called ? repair.foreseen.changes : repair.plan.changes;
   // An id that will be drawn is not known yet.

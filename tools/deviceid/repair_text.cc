@@ -25,7 +25,7 @@ std::string Gist(const std::string& name, const std::string& bytes) {
     return content.state == system_info::ContentState::kGood ? content.id : "a damaged id";
   }
   const auto content = system_info::DecodeRecord(bytes);
-  if (content.use != system_info::RecordUse::kRead) return "a damaged record";
+  if (content.state != system_info::ContentState::kGood) return "a damaged record";
   const std::string count = std::to_string(content.parts.size());
   return "the record of " + *content.device_id + " with " + count +
          (content.parts.size() == 1 ? " part" : " parts");

@@ -17,6 +17,7 @@
 #include "tools/deviceid/output.h"
 #include "tools/deviceid/simulated_machine.h"
 #include "tools/deviceid/state_folders.h"
+#include "tools/deviceid/whole_file.h"
 
 namespace deviceid {
 namespace {
@@ -56,20 +57,12 @@ struct Arguments {
   bool json = false;
 };
 
-void WriteFile(const std::string& name, const std::string& content) {
-  errno = 0;
-  std::ofstream file(system_info::FromUtf8(name), std::ios::binary | std::ios::trunc);
-  file << content;
-  file.close();
-  if (file) return;
-  throw Failure(kWriteFailed, "cannot write " + name + ": " + std::strerror(errno));
-}
-
 int RunAll(const Arguments& arguments, SimulatedMachine& machine,
            const std::vector<Change>& changes) {
   const system_info::ChangeMatrix matrix = machine.TryAll(changes);
   if (arguments.svg) {
-    WriteFile(*arguments.svg, ToSvg(matrix, LocalDate(system_info::PresentSeconds())));
+    WriteWholeFile(system_info::FromUtf8(*arguments.svg),
+                   ToSvg(matrix, LocalDate(system_info::PresentSeconds())));
   }
   std::cout << (arguments.json ? ToJson(matrix) + "\n" : ToText(matrix));
   return FinishOutput(matrix.unchanged.status);
@@ -77,6 +70,7 @@ int RunAll(const Arguments& arguments, SimulatedMachine& machine,
 
 int Run(const Arguments& arguments) {
   const bool all = arguments.all || arguments.svg;
+  if (arguments.svg) CheckPlaceOfFile(system_info::FromUtf8(*arguments.svg));
   const std::vector<Change> changes = ParseChanges(arguments.changes);
   if (changes.empty() && !all) {
     throw Failure(kWrongUsage, "no change is given, as replace=network or --all");
