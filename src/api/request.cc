@@ -18,14 +18,14 @@ HidResult RefuseFormat(const Request& request, HidFormatVersion version, HIDLog&
 
 HidResult ReportFailure(const Request& request, HIDLog& log,
                         const std::exception* failure) noexcept {
-  // A second failure must not take the place of the first.
+  // A second failure must not replace the first.
   try {
     if (failure != nullptr) {
       log.Write(std::string("Error in ") + request.name + ": " + failure->what(), LogLevel::Error);
     } else {
       log.Write(std::string("Unexpected error in ") + request.name, LogLevel::Error);
     }
-  } catch (...) {  // NOLINT(bugprone-empty-catch): the result tells of the failure all the same
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the result reports the failure
   }
   request.buffers.PutLog(log);
   return failure != nullptr ? HidResult::StandardFailure : HidResult::UnexpectedFailure;

@@ -27,7 +27,7 @@ namespace system_info {
 inline constexpr HidFormatVersion kFirstWithRecord(2, 0);
 
 struct Request {
-  const char* name;  // As the log calls it.
+  const char* name;  // Name of the call in the log.
   HidFormatVersion oldest_format;
   HostBuffers buffers;
   const char* version;  // May be null.
@@ -48,11 +48,11 @@ inline Request ModRequest(const HostBuffers& buffers, const char* version, std::
 
 HidResult CheckArguments(const Request& request);
 
-// The answer to a format below those that the request is for.
+// The result for a format below those of the request.
 HidResult RefuseFormat(const Request& request, HidFormatVersion version, HIDLog& log);
 
-// The last steps of a handler: the log line and the result. `failure` is null for what is no
-// standard exception.
+// The last steps of a handler: the log line and the result. `failure` is null if the exception is
+// not a standard one.
 HidResult ReportFailure(const Request& request, HIDLog& log,
                         const std::exception* failure) noexcept;
 
@@ -81,8 +81,8 @@ HidResult ResolveLogged(const Request& request, HidFormatVersion version,
   }
 }
 
-// Answers a request. `make_manager` is given the log of the call, shared, and returns the owning
-// pointer of an OSManager. What fails before there is a log gives the same results as later on, and
+// Answers a request. `make_manager` takes the shared log of the call and returns the owning pointer
+// of an OSManager. A failure before there is a log gives the same results as a later one, and
 // leaves the buffers alone.
 template <typename MakeManager>
 HidResult Answer(const Request& request, MakeManager make_manager) noexcept {

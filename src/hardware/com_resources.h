@@ -1,7 +1,8 @@
-// Scope objects for what COM hands out: the apartment of a thread, interfaces, strings and values.
+// Scope objects for the resources of COM: the apartment of a thread, interfaces, strings and
+// values.
 //
-// A misuse that COM cannot report otherwise, and a string without memory, raise _com_error, which
-// is no standard exception.
+// Use of an empty pointer, and lack of memory for a string, raise _com_error, which is not a
+// standard exception.
 
 #ifndef DEVICEID_HARDWARE_COM_RESOURCES_H_
 #define DEVICEID_HARDWARE_COM_RESOURCES_H_
@@ -10,8 +11,8 @@
 
 namespace system_info {
 
-// Enters the multithreaded apartment for the length of a scope. A thread whose host chose the other
-// kind of apartment stays as it is, and COM counts as not usable then.
+// Enters the multithreaded apartment for the length of a scope. If the host chose the other kind of
+// apartment, the thread stays in it, and COM counts as unusable.
 class ComInitGuard {
  public:
   ComInitGuard() : code_(CoInitializeEx(nullptr, COINIT_MULTITHREADED)) {}
@@ -45,14 +46,14 @@ class ComPtr {
   }
   Interface* get() const { return interface_; }
 
-  // Where a call puts the reference that it hands out. The holder must be empty.
+  // The address for the reference that a call returns. The holder must be empty.
   Interface** receive() { return &interface_; }
 
  private:
   Interface* interface_ = nullptr;
 };
 
-// A counted string that is handed to COM. Raises E_OUTOFMEMORY if it cannot be made.
+// A counted string for COM. Raises E_OUTOFMEMORY if it cannot be allocated.
 class Bstr {
  public:
   explicit Bstr(const wchar_t* text) : string_(SysAllocString(text)) {
@@ -68,7 +69,7 @@ class Bstr {
   BSTR string_;
 };
 
-// A value that COM fills in, cleared on every way out.
+// A value that COM fills in and the destructor clears.
 class ScopedVariant {
  public:
   ScopedVariant() { VariantInit(&value_); }

@@ -1,8 +1,7 @@
-// What can take the place of single values under the readers of the hardware, so that a call can be
-// played as it would go on another machine.
+// Replaces single values under the readers of the hardware, to simulate a call on another machine.
 //
-// As with a file overlay, the shared library is compiled without the places at which one is asked
-// for. An overlay belongs to the thread that set it.
+// Like the file overlay, it is compiled out of the shared library. An overlay belongs to the thread
+// that set it.
 
 #ifndef DEVICEID_HARDWARE_HARDWARE_OVERLAY_H_
 #define DEVICEID_HARDWARE_HARDWARE_OVERLAY_H_
@@ -19,17 +18,17 @@ class HardwareOverlay {
   HardwareOverlay& operator=(const HardwareOverlay&) = delete;
   virtual ~HardwareOverlay() = default;
 
-  // The text that WMI has for a property of the first row of a class, or none to ask WMI. Raises
-  // what the reading of a class without rows raises.
+  // The text of a property of the first row of a class; nullopt to query WMI. Raises what reading a
+  // class without rows raises.
   virtual std::optional<std::wstring> WmiText(const std::wstring& class_text,
                                               const std::wstring& property) = 0;
-  // What WMI gave when it was asked.
+  // Reports the text that WMI returned.
   virtual void NoteWmiText(const std::wstring& class_text, const std::wstring& property,
                            const std::wstring& text) = 0;
 
   // False if the system has no network adapters to list.
   virtual bool HasAdapters() = 0;
-  // What stands for an address in the list of adapters.
+  // The replacement of an address in the list of adapters.
   virtual std::string AdapterAddress(const std::string& address) = 0;
 };
 
@@ -38,8 +37,7 @@ class HardwareOverlay {
 // The overlay of this thread, or null.
 HardwareOverlay* PresentHardwareOverlay();
 
-// Puts `overlay`, which may be null, in the place of the present one of this thread and returns
-// that one.
+// Sets the overlay of this thread, which may be null, and returns the previous one.
 HardwareOverlay* SetHardwareOverlay(HardwareOverlay* overlay);
 
 #else

@@ -9,7 +9,7 @@
 namespace system_info {
 namespace {
 
-// As they stand after the folding. No other text is ever thrown away.
+// Placeholders, in lower case. No other text is ever dropped.
 constexpr std::array<std::wstring_view, 3> kPlaceholders = {
     L"00000000-0000-0000-0000-000000000000",
     L"ffffffff-ffff-ffff-ffff-ffffffffffff",

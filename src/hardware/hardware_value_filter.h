@@ -1,4 +1,4 @@
-// Tells placeholder texts from real hardware values.
+// Distinguishes placeholder texts from real hardware values.
 
 #ifndef DEVICEID_HARDWARE_HARDWARE_VALUE_FILTER_H_
 #define DEVICEID_HARDWARE_HARDWARE_VALUE_FILTER_H_

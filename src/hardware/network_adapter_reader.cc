@@ -11,8 +11,8 @@
 namespace system_info {
 namespace {
 
-// One record of the adapter list as 32-bit Windows lays it out. A number and not a sizeof: the size
-// of the record differs between compilers, and the first call must not.
+// One record of the adapter list as 32-bit Windows lays it out. A fixed number, since the size of
+// the record differs between compilers, and the size in the first call must not.
 constexpr ULONG kFirstAdapterBufferSize = 648;
 
 constexpr DWORD kDeviceTextSize = 260;
@@ -47,8 +47,8 @@ std::string AddressText(const IP_ADAPTER_INFO& adapter) {
   return overlay->AdapterAddress(FormatMacAddress(adapter.Address));
 }
 
-// Texts that the registry and SetupAPI give for one device after the other. The byte behind the
-// buffer stays zero, since the registry does not promise a terminator.
+// The buffer for all texts of devices from the registry and SetupAPI. Its last byte stays zero, since
+// the registry does not promise a terminator.
 using DeviceText = std::array<char, kDeviceTextSize + 1>;
 
 bool ReadInstanceId(HDEVINFO devices, SP_DEVINFO_DATA& device, DeviceText& text) {

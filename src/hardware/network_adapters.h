@@ -1,5 +1,4 @@
-// The choice of the one MAC address that stands for all network adapters of a machine, as a
-// function of plain data.
+// The choice of the one MAC address that represents a machine, as a function of plain data.
 
 #ifndef DEVICEID_HARDWARE_NETWORK_ADAPTERS_H_
 #define DEVICEID_HARDWARE_NETWORK_ADAPTERS_H_
@@ -19,9 +18,9 @@ using AdapterMap = std::map<std::string, std::string>;
 // The six bytes at `address` as "00:1a:2b:c3:d4:0f".
 std::string FormatMacAddress(const std::uint8_t* address);
 
-// Returns the MAC text of the first of `pci_adapters` if `adapters` knows that name, otherwise that
-// of `first_adapter_name`, and logs which it was. Empty if `adapters` knows neither. No kind of
-// adapter is filtered out: that would change existing ids.
+// Returns the MAC text of the first of `pci_adapters` if `adapters` has that name, otherwise that
+// of `first_adapter_name`, and logs which one. Empty if `adapters` has neither. No kind of adapter
+// is filtered out: that would change existing ids.
 std::string SelectMacAddress(const AdapterMap& adapters, const std::string& first_adapter_name,
                              const std::vector<std::string>& pci_adapters, HIDLog& log);
 

@@ -1,7 +1,7 @@
-// The only door from the identity logic to the operating system.
+// The only access of the identity logic to the operating system.
 //
-// Behind it lie the hardware of the running machine and the device id files. A manager belongs to
-// one exported call and is used by that call's thread only. Nothing that it reads is cached.
+// It reads the hardware of the running machine and accesses the device id files. A manager belongs
+// to one exported call and is used by that call's thread only. It caches nothing.
 
 #ifndef DEVICEID_HARDWARE_OS_MANAGER_H_
 #define DEVICEID_HARDWARE_OS_MANAGER_H_
@@ -21,7 +21,7 @@ namespace system_info {
 using HardwareIdString = std::string;
 
 // The hardware values of one run, one by one, at most four, without those that are empty or exactly
-// "0". Absent if the system could not be asked, which is not the same as present and empty.
+// "0". Absent if COM or WMI fails, which is not the same as present and empty.
 using HardwareIdSet = std::optional<std::vector<std::string>>;
 
 class OSManager : public EnableLogging<HIDLog> {
@@ -31,12 +31,12 @@ class OSManager : public EnableLogging<HIDLog> {
 
   virtual HardwareIdString GetHardwareIdString(const HidFormatVersion& version) = 0;
 
-  // The reads give true and replace `id` if the copy holds any text. On false `id` is untouched.
+  // The reads return true and replace `id` if the copy holds any text. On false `id` is untouched.
   virtual bool ReadCommonDeviceId(std::string& id, const HidFormatVersion& version) = 0;
   virtual bool ReadUserDeviceId(std::string& id, const HidFormatVersion& version) = 0;
 
-  // The writes replace the copy by `id` and give true if all of it was written. On false there may
-  // be no copy left, or a part of it.
+  // The writes replace the copy by `id` and return true if all of it was written. On false there
+  // may be no copy left, or a truncated one.
   virtual bool WriteCommonDeviceId(const std::string& id, const HidFormatVersion& version) = 0;
   virtual bool WriteUserDeviceId(const std::string& id, const HidFormatVersion& version) = 0;
 

@@ -53,8 +53,8 @@ class WindowsOSManager final : public OSManager {
   std::wstring ReadPlannedValue(IWbemServices* services, const PlannedValue& planned,
                                 const HidFormatVersion& version);
 
-  // The property of the first row that the class text selects, or empty. Throws nothing that arises
-  // while it reads.
+  // The property of the first row that the class text selects, or empty. Failures while it reads
+  // are logged, not thrown.
   std::wstring GetWmiProperty(IWbemServices* services, const wchar_t* class_name,
                               const wchar_t* property_name, bool filter_value);
   std::wstring ReadWmiProperty(IWbemServices* services, const wchar_t* class_name,

@@ -31,7 +31,7 @@ constexpr HidFormatVersion kFirst(0, 0);
 constexpr HidFormatVersion kNoEnd(std::numeric_limits<std::uint32_t>::max(),
                                   std::numeric_limits<std::uint32_t>::max());
 
-// In the order in which the values are read and joined.
+// The values in the order in which they are read and joined.
 constexpr std::array<PlannedValue, 7> kPropertyPlan = {{
     {ValueSource::kWmi, kProduct, L"UUID", kFirst, {1, 4}, false},
     {ValueSource::kWmi, L"Win32_OperatingSystem", L"SerialNumber", kFirst, {1, 4}, false},
@@ -47,7 +47,7 @@ constexpr HidFormatVersion kFirstFilteredVolume(1, 2);
 // The buffer for the path of the Windows folder, of which only the drive letter is used.
 constexpr UINT kWindowsFolderSize = 50;
 
-// Both live for one run over the plan.
+// The connection to WMI for one run over the plan.
 struct WmiConnection {
   ComPtr<IWbemLocator> locator;
   ComPtr<IWbemServices> services;
@@ -102,7 +102,7 @@ void NoteForOverlay(const wchar_t* class_name, const std::wstring& property, BST
   if (overlay != nullptr) overlay->NoteWmiText(class_name, property, {text, SysStringLen(text)});
 }
 
-// The value that an overlay has in place of the machine's.
+// The value of the overlay, if it replaces that of the machine.
 std::optional<std::wstring> ReadOverlay(const wchar_t* class_name, const wchar_t* property_name,
                                         bool filter_value, HIDLog& log) {
   HardwareOverlay* overlay = PresentHardwareOverlay();
@@ -189,7 +189,7 @@ std::wstring WindowsOSManager::ReadWmiProperty(IWbemServices* services, const wc
     return {};
   }
 
-  // Without a row the holder is empty, and using it ends the reading of this one value.
+  // Without a row the holder is empty, and using it raises the exception that ends this one value.
   ScopedVariant value;
   CIMTYPE type = 0;
   if (row->Get(property_name, 0, value.receive(), &type, nullptr) < 0) {
@@ -208,7 +208,7 @@ std::wstring WindowsOSManager::ReadWmiProperty(IWbemServices* services, const wc
 std::wstring WindowsOSManager::GetVolumeId(IWbemServices* services, bool filter_value) {
   wchar_t folder[kWindowsFolderSize] = {};
   const UINT length = GetWindowsDirectoryW(folder, kWindowsFolderSize);
-  // A folder that does not fit is reported by the size that it needs, and leaves no drive letter.
+  // If the folder does not fit, the call returns the required size, and there is no drive letter.
   if (length == 0 || length >= kWindowsFolderSize) {
     log_->Write("Could not get ID of volume HDD", LogLevel::Debug);
     return {};

@@ -9,9 +9,9 @@
 
 namespace system_info {
 
-// Counts the positions at which both lists hold the same bytes, as far as the shorter list goes,
-// and puts the count into `matches`. True if the count reaches RequiredMatches of the positions
-// that were compared; never true if a list is empty.
+// Counts the positions at which both lists hold the same bytes, up to the length of the shorter
+// list, and puts the count into `matches`. True if the count reaches RequiredMatches of the
+// positions that were compared; never true if a list is empty.
 bool MatchHardwareIds(const std::vector<std::string>& stored,
                       const std::vector<std::string>& runtime, int& matches);
 

@@ -1,7 +1,7 @@
-// How a request for one of the formats 1.0 to 1.6 is answered.
+// Resolves a request for one of the formats 1.0 to 1.6.
 //
-// Formats up to 1.5 keep nothing: the id is made anew from the hardware in every call. Format 1.6
-// keeps its id in "device.id" and, once it is there, no longer looks at the hardware.
+// Formats up to 1.5 store nothing: every call makes the id from the hardware. Format 1.6 stores its
+// id in "device.id" and, once that file exists, no longer reads the hardware.
 
 #ifndef DEVICEID_IDENTITY_LEGACY_RESOLUTION_H_
 #define DEVICEID_IDENTITY_LEGACY_RESOLUTION_H_
@@ -18,8 +18,7 @@ namespace system_info {
 
 // Copies the id of `version`, which is below 2.0, and then the log into `buffers`.
 //
-// Returns Success or BufferTooSmall. What is stored does not depend on which of the two it is.
-// Throws what the manager throws.
+// Returns Success or BufferTooSmall. Both store the same. Throws what the manager throws.
 HidResult ResolveLegacyDeviceId(OSManager& manager, HIDLog& log, HidFormatVersion version,
                                 const HostBuffers& buffers);
 

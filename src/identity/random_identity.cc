@@ -11,8 +11,8 @@ std::string MakeRandomHardwareString() {
 }
 
 std::string RandomHardwareStringFrom(std::mt19937& generator) {
-  // Standard libraries differ in how their distributions use an output; masking one is the same
-  // uniform draw everywhere.
+  // The distributions of standard libraries differ; a masked output is the same uniform number
+  // everywhere.
   return std::to_string(static_cast<std::uint32_t>(generator()) & 0x7fffffffu);
 }
 

@@ -1,5 +1,5 @@
-// The text that takes the place of the hardware string when no hardware can be read, or when a host
-// asks for an id that is independent of it.
+// The random text that replaces the hardware string when no hardware can be read, or when a host
+// asks for an id that does not depend on hardware.
 
 #ifndef DEVICEID_IDENTITY_RANDOM_IDENTITY_H_
 #define DEVICEID_IDENTITY_RANDOM_IDENTITY_H_
@@ -9,11 +9,10 @@
 
 namespace system_info {
 
-// Returns a random number from 0 to 2147483647 in decimal, another one in each call. Throws what
-// std::random_device throws.
+// Returns a random number from 0 to 2147483647 in decimal. Throws what std::random_device throws.
 std::string MakeRandomHardwareString();
 
-// The text that the next output of `generator` gives.
+// The text for the next output of `generator`.
 std::string RandomHardwareStringFrom(std::mt19937& generator);
 
 }  // namespace system_info

@@ -18,12 +18,12 @@ namespace {
 
 constexpr HidFormatVersion kFormat(2, 0);
 
-// The format before, whose id is taken over. Ids are kept with its prefix in the files of both.
+// The previous format, whose id is migrated. The files of both formats store ids with its prefix.
 constexpr HidFormatVersion kFormatBefore(1, 6);
 
 constexpr std::int64_t kTenDays = 864'000 * kTicksPerSecond;
 
-// What becomes of the id of a known machine, and what is stored.
+// The id to return for a known machine, and what is stored.
 enum class Outcome {
   kRecordIsYoung,       // The stored id; nothing is stored.
   kRecordIsRandom,      // The stored id; the record is renewed.
@@ -33,7 +33,7 @@ enum class Outcome {
   kHardwareIsUnknown,   // No id; nothing is stored.
 };
 
-// One run. The members are filled as it goes on.
+// One run. The steps fill the members.
 class Resolution {
  public:
   Resolution(OSManager& manager, HIDLog& log, std::uint32_t flags)
@@ -47,10 +47,10 @@ class Resolution {
     Info(settings_ ? L"Hardware settings are successfully read."
                    : L"Hardware settings are not read.");
 
-    if (id_loaded_ && settings_) return KnownMachine();  // Case A
-    if (id_loaded_) return IdWithoutRecord();            // Case B
-    if (!settings_) return NewMachine();                 // Case C
-    return std::nullopt;                                 // Case D
+    if (id_loaded_ && settings_) return KnownMachine();
+    if (id_loaded_) return IdWithoutRecord();
+    if (!settings_) return NewMachine();
+    return std::nullopt;
   }
 
  private:
@@ -181,7 +181,7 @@ class Resolution {
     return match;
   }
 
-  // Empty if there is nothing to make an id from.
+  // Empties the hardware string if there is no hardware to make an id from.
   void ReadHardwareString() {
     hardware_string_ = manager_.GetHardwareIdString(kFormat);
     if (Has(ForceRandomHid)) hardware_string_.clear();
@@ -205,7 +205,7 @@ class Resolution {
     SaveHidSettings(HidSettings(kFormat, runtime_type_, runtime_id_, *runtime_ids_));
   }
 
-  // The list of hardware ids stays the one that was stored with the id, so that changes add up.
+  // Keep the stored list: changes accumulate against the list from when the id was made.
   void RenewRecord() {
     settings_->device_id = file_id_;
     SaveHidSettings(*settings_);

@@ -1,15 +1,13 @@
-// How a request for format 2.0 is answered: with an id that stays the same across runs and small
-// changes of the hardware, that changes when too much of it has changed, and that can be had when
-// no hardware can be read.
+// Resolves a format 2.0 request. The id survives restarts and small hardware changes, is replaced
+// after larger ones, and exists without readable hardware.
 //
-// All that is remembered lies in the device id files and in the record beside them. What happens
-// depends on which of the two are there:
+// The state is the device id files and the record beside them. There are four cases:
 //
-//                      a record                       no record
-//   a stored id        A  a known machine             B  an id without a record
-//   no stored id       D  the id file has gone        C  the first run
+//                   a record                    no record
+//   a stored id     a known machine             an id without a record
+//   no stored id    the id file is missing      the first run
 //
-// There is no lock: of two runs at the same time the last save stands.
+// There is no lock: of two runs at the same time the last write wins.
 
 #ifndef DEVICEID_IDENTITY_RESOLUTION_H_
 #define DEVICEID_IDENTITY_RESOLUTION_H_
@@ -23,12 +21,12 @@
 
 namespace system_info {
 
-// Copies the id and then the log into `buffers`, and returns Success or BufferTooSmall. What is
-// stored does not depend on whether the id fits. `flags` are ResolutionFlags.
+// Copies the id and then the log into `buffers`, and returns Success or BufferTooSmall. Both store
+// the same. `flags` are ResolutionFlags.
 //
-// Returns UnexpectedFailure, with no id and no record written and both buffers untouched, where
-// there is a record without an id, and where the hardware has to be compared and cannot be listed.
-// Throws what the manager and the storage throw; what was written until then stays.
+// Returns UnexpectedFailure if there is a record without an id, or if the hardware has to be
+// compared and cannot be listed. It has then written no id and no record, and both buffers are
+// untouched. Throws what the manager and the storage throw; earlier writes stay.
 HidResult ResolveDeviceId(OSManager& manager, HIDLog& log, const HostBuffers& buffers,
                           std::uint32_t flags);
 

@@ -55,7 +55,8 @@ bool WindowsOSManager::WriteDeviceId(const std::string& folder, const std::strin
                                      const std::string& id) {
   const std::wstring wide_folder = ToWide(folder);
   const std::wstring wide_path = ToWide(path);
-  // The file goes first: opening it does not truncate it, and a shorter id would keep the old tail.
+  // The file is deleted first: opening does not truncate it, and a shorter id would keep the old
+  // tail.
   RemoveFile(wide_path);
   CreateFolder(wide_folder);
   std::string error;

@@ -1,5 +1,5 @@
-// The two copies of a device id file: where they lie. The members of WindowsOSManager that read,
-// write and delete them are in the source file beside this header.
+// The paths of the two copies of a device id file. The members of WindowsOSManager that read, write
+// and delete the copies are in the source file of this header.
 
 #ifndef DEVICEID_STORAGE_DEVICE_ID_COPIES_H_
 #define DEVICEID_STORAGE_DEVICE_ID_COPIES_H_

@@ -40,8 +40,7 @@ bool LoadDeviceId(OSManager& manager, HIDLog& log, std::string& id,
     log.Write("Device id version " + version.ToString() + " is incorrect.", LogLevel::Info);
     return false;
   }
-  // Only once the common text is known to be an id: the user copy may be the last one that holds
-  // it.
+  // Only after the common text has proved to be an id: the user copy may be the last good one.
   if (source == Source::kCommon) manager.DeleteUserDeviceId(version);
   return source != Source::kNone;
 }

@@ -1,7 +1,7 @@
 // The policy between the two copies of a device id file.
 //
-// The copy in the common folder is the real one. The copy in the user folder stands in for it while
-// the common folder cannot be written, and moves there as soon as it can.
+// The copy in the common folder takes precedence. The copy in the user folder replaces it while the
+// common folder cannot be written, and moves there as soon as possible.
 
 #ifndef DEVICEID_STORAGE_DEVICE_ID_FILES_H_
 #define DEVICEID_STORAGE_DEVICE_ID_FILES_H_
@@ -19,8 +19,8 @@ namespace system_info {
 bool LoadDeviceId(OSManager& manager, HIDLog& log, std::string& id,
                   const HidFormatVersion& version);
 
-// Stores `id` for `version`, in the user folder if the common one refuses it. A failure shows in
-// the log only: an id that could not be stored is still the id of the call.
+// Stores `id` for `version`, in the user folder if writing to the common one fails. A failure is
+// only logged: an id that could not be stored is still the id of the call.
 void SaveDeviceId(OSManager& manager, HIDLog& log, const std::string& id,
                   const HidFormatVersion& version);
 

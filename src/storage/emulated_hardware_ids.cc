@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kFileName = "hardware_ids.emulated";
 
-// Ends a text file, wherever it stands.
+// Ends a text file at any position.
 constexpr char kEndOfText = '\x1a';
 
 // All bytes of the file, or the complete lines before a read error.
@@ -38,8 +38,7 @@ HardwareIdSet ReadEmulatedHardwareIds() {
   InputFile file(path);
   if (!file.is_open()) return std::nullopt;
 
-  // The bytes are taken as they are and read by the rules of a Windows text file, which is what the
-  // file is on every system.
+  // On every system the file is a Windows text file, so its raw bytes are parsed by those rules.
   std::string text = ReadText(file);
   text.resize(std::min(text.size(), text.find(kEndOfText)));
   std::vector<std::string> ids;

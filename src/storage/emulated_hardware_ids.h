@@ -7,8 +7,8 @@
 
 namespace system_info {
 
-// The lines of "hardware_ids.emulated" in the common folder, one id each, as they stand. Absent if
-// the file cannot be opened, present and empty if it is empty. The file is put there from outside.
+// The unchanged lines of "hardware_ids.emulated" in the common folder, one id each. Absent if the
+// file cannot be opened, present and empty if it is empty. The library never writes this file.
 HardwareIdSet ReadEmulatedHardwareIds();
 
 }  // namespace system_info

@@ -28,9 +28,8 @@ void CopyDeviceIdFolder(HIDLog& log, const std::string& old_dir, const std::stri
     return;
   }
   {
-    // Once the new folder exists, nothing is ever carried over again. The copy needs two open
-    // files, and an open throws if the process is out of resources, so this is tried before the
-    // folder is made.
+    // Once the new folder exists, nothing is migrated again. The copy needs two open files, and an
+    // open throws if the process is out of resources, so this is tried before the folder is made.
     const InputFile one(old_file);
     const InputFile other(old_file);
   }

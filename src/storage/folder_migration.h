@@ -1,4 +1,4 @@
-// Carries "device.id" over from the folder of older versions, once, so that a machine keeps its
+// Migrates "device.id" from the folder of older versions, once, so that a machine keeps its
 // identity.
 //
 // The copy is made only while the current folder does not exist. It never deletes: the old folder
@@ -13,11 +13,11 @@
 
 namespace system_info {
 
-// Runs before anything else of a call touches the storage. The common folder and the user folder
-// are carried over independently.
+// Has to run before any other access of a call to the storage. Migrates the common folder and the
+// user folder independently.
 void MigrateDeviceIdFolders(HIDLog& log);
 
-// Carries over one folder. What happened shows in the log only.
+// Migrates one folder. The result is only logged.
 void CopyDeviceIdFolder(HIDLog& log, const std::string& old_dir, const std::string& new_dir);
 
 }  // namespace system_info

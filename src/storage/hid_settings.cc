@@ -22,7 +22,7 @@ constexpr std::uint32_t kMaxStringLength = 0x7ffffffe;
 
 std::string SettingsPath(const std::string& folder) { return folder + PathSeparator() + kFileName; }
 
-// Every read gives true if all of the field is there.
+// Every read returns true if the field is complete.
 
 template <typename Integer>
 bool ReadInteger(InputFile& input, Integer& value) {
@@ -95,7 +95,7 @@ void AppendString(std::string& bytes, const std::string& text) {
   bytes += text;
 }
 
-// The bytes of a record, in the order of the file, and where the date stands among them.
+// The bytes of a record, in the order of the file, and the offset of the date.
 struct RecordBytes {
   std::string bytes;
   std::size_t date_position = 0;

@@ -1,5 +1,5 @@
-// The record beside the device id: which id was stored, how it came to be, when the record was last
-// written, and the hardware ids that belong to the id.
+// The record beside the device id: which id was stored, whether it is random, when the record was
+// last written, and the hardware ids of the id.
 //
 // The file "hid_settings" lies in the common folder or, failing that, in the user folder. All its
 // integers are little-endian, and strings follow their 4-byte length, without a terminator:
@@ -20,7 +20,7 @@
 
 namespace system_info {
 
-// How a device id came to be. A stored value may be any other number and then counts as Generated.
+// The origin of a device id. A stored value may be any other number and then counts as Generated.
 enum class HidType : std::int32_t { Generated = 0, Random = 1 };
 
 struct HidSettings {
@@ -35,13 +35,13 @@ struct HidSettings {
 };
 
 // The record of the common folder, else that of the user folder. A file that ends early or has more
-// than 256 hardware ids is removed and gives none. Throws if the version text is no version or a
-// length cannot be met; the file stays then.
+// than 256 hardware ids is removed and counts as missing. Throws, and leaves the file, if the
+// version text is not a version or a length cannot be allocated.
 std::optional<HidSettings> LoadHidSettings();
 
-// Stores the record, in the user folder if the common one refuses it, with the present time as its
-// date. False if neither took it, or if it has more than 256 hardware ids, which no reader would
-// accept; what is stored is then left alone.
+// Stores the record with the present time as its date, in the user folder if writing to the common
+// one fails. False if both fail, or if it has more than 256 hardware ids, which no reader would
+// accept; the stored record is then left alone.
 bool SaveHidSettings(const HidSettings& settings);
 
 // The same for one folder each.

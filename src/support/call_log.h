@@ -15,7 +15,7 @@
 
 namespace system_info {
 
-// Says what a line is. It does not decide whether the line is written.
+// The kind of a line. All kinds are written.
 enum class LogLevel : std::int32_t { Info = 0, Debug = 1, Error = 2 };
 
 class HIDLog {
@@ -25,14 +25,14 @@ class HIDLog {
   void Enable() { enabled_ = true; }
   void Clear() { text_.clear(); }
 
-  // Appends one line: time, level, `message` as it stands, and a line feed. The line is appended
+  // Appends one line: time, level, the unchanged `message`, and a line feed. The line is appended
   // whole or, if memory runs out, not at all. Throws what std::string throws.
   void Write(std::string_view message, LogLevel level);
 
-  // The same for wide text, as far as ToNarrow can convert it.
+  // The same for wide text, up to the first character that ToNarrow cannot convert.
   void WriteWide(const std::wstring& message, LogLevel level);
 
-  // Appends the lines of `other` with the times that they have.
+  // Appends the lines of `other` with their own times.
   void Append(const HIDLog& other) {
     if (enabled_) text_ += other.text_;
   }
@@ -40,8 +40,8 @@ class HIDLog {
   // All lines so far.
   const std::string& text() const { return text_; }
 
-  // Copies the text into `buffer` of `size` bytes, terminator included, cut if it does not fit.
-  // Nothing is written if `buffer` is null or `size` is 0.
+  // Copies the text into `buffer` of `size` bytes, terminator included, truncated if it does not
+  // fit. Nothing is written if `buffer` is null or `size` is 0.
   void CopyTo(char* buffer, std::uint32_t size) const;
 
  private:

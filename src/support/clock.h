@@ -21,8 +21,8 @@ struct TimeOfDay {
   int second = 0;
 };
 
-// The local time of `seconds` since 1 January 1970 UTC, by the time zone of the machine. Midnight
-// if the system cannot tell.
+// The local time of `seconds` since 1 January 1970 UTC, in the time zone of the machine. Midnight
+// if the system cannot convert it.
 TimeOfDay LocalTimeOfDay(std::int64_t seconds);
 
 }  // namespace system_info

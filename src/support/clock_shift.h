@@ -1,4 +1,4 @@
-// How far the clock of this thread runs ahead of the system's, for dry runs of later calls.
+// The offset of this thread's clock to the system's, for dry runs of later calls.
 //
 // Like the file overlay, it is compiled out of the shared library.
 
@@ -14,7 +14,7 @@ namespace system_info {
 // In seconds.
 std::int64_t PresentClockShift();
 
-// Returns the shift that there was before.
+// Returns the previous shift.
 std::int64_t SetClockShift(std::int64_t seconds);
 
 #else

@@ -14,10 +14,10 @@ namespace {
 
 constexpr DWORD kReadBufferSize = 8192;
 
-// As much as one call of the runtime library takes everywhere.
+// The largest size that one call of the runtime library accepts on every system.
 constexpr std::size_t kLargestWrite = 1U << 30;
 
-// The operations on shared files, by descriptors. Each gives -1 on failure.
+// The operations on shared files, by descriptors. Each returns -1 on failure.
 
 int OpenShared(const std::string& path, int flags) {
   return _sopen(path.c_str(), flags | _O_BINARY, _SH_DENYNO, _S_IREAD | _S_IWRITE);
@@ -54,7 +54,7 @@ NewFolder MakeFolder(const std::string& path) {
   return GetLastError() == ERROR_ALREADY_EXISTS ? NewFolder::kExists : NewFolder::kFailed;
 }
 
-// Leaves `content` alone unless the file could be read.
+// Leaves `content` untouched if the file cannot be read.
 WholeFile Read(const std::wstring& path, std::string& content) {
   if (FileOverlay* overlay = PresentFileOverlay()) return overlay->ReadWholeFile(path, content);
   const auto buffer = std::make_unique<char[]>(kReadBufferSize);
@@ -69,7 +69,7 @@ WholeFile Read(const std::wstring& path, std::string& content) {
   return WholeFile::kDone;
 }
 
-// Clears `complete` if the system took only a part of `content`.
+// Clears `complete` if the system wrote only a part of `content`.
 WholeFile Write(const std::wstring& path, const std::string& content, bool& complete) {
   if (FileOverlay* overlay = PresentFileOverlay()) {
     return overlay->WriteWholeFile(path, content, complete);

@@ -1,9 +1,8 @@
 // Every operation of the library on files and folders. Nothing else in the library opens, reads,
 // writes, deletes or makes any.
 //
-// The operations on the device id files take wide paths and keep others away from an open file as
-// far as their share modes say. All others take narrow paths, as the operating system gave them,
-// and share freely.
+// The operations on the device id files take wide paths and open files with restrictive share
+// modes. All others take the operating system's narrow paths and share freely.
 
 #ifndef DEVICEID_SUPPORT_FILE_OPERATIONS_H_
 #define DEVICEID_SUPPORT_FILE_OPERATIONS_H_
@@ -20,7 +19,7 @@ bool PathExists(const std::string& path);
 
 bool IsDirectory(const std::string& path);
 
-// True if the file is gone because of this call.
+// True if this call deleted the file.
 bool RemoveFile(const std::string& path);
 bool RemoveFile(const std::wstring& path);
 
@@ -32,19 +31,19 @@ bool CreateFolder(const std::wstring& path);
 bool EnsureDirectory(const std::string& path);
 
 // Copies the bytes of `source` to `target`. False if there is no `source`, or if there is a
-// `target` and `overwrite` does not allow or the system does not permit its removal. Whether the
-// bytes could be read and written is not part of the result.
+// `target` and `overwrite` is false or its removal fails. Failures to read or write the bytes do
+// not change the result.
 bool CopyFileContents(const std::string& source, const std::string& target, bool overwrite);
 
-// Reads at most 8191 bytes into `content`. On false `content` is untouched, and `error` says why,
-// or stays as it was if the file is empty. A missing file is left behind empty.
+// Reads at most 8191 bytes into `content`. On false `content` is untouched, and `error` has the
+// reason, or is unchanged if the file is empty. Creates a missing file, empty.
 bool ReadWholeFile(const std::wstring& path, std::string& content, std::string& error);
 
-// Writes all of `content` from the start of the file, without truncating it. On false `error` says
-// why, or stays as it was if only a part was written.
+// Writes all of `content` from the start of the file, without truncating it. On false `error` has
+// the reason, or is unchanged if only a part was written.
 bool WriteWholeFile(const std::wstring& path, const std::string& content, std::string& error);
 
-// A file that is read as bytes while others are free to read and write it.
+// A file that is read as bytes while others may read and write it.
 class InputFile {
  public:
   explicit InputFile(const std::string& path);
@@ -54,11 +53,11 @@ class InputFile {
 
   bool is_open() const { return file_ >= 0; }
 
-  // Reads the next `size` bytes into `bytes`, or fewer if the file ends before or cannot be read.
+  // Reads the next `size` bytes into `bytes`, or fewer at the end of the file or after a failure.
   // Returns their number.
   std::size_t Read(char* bytes, std::size_t size);
 
-  // True if the system could not read the file up to where it was asked to.
+  // True if a read failed.
   bool failed() const { return failed_; }
 
   void Close();
@@ -69,12 +68,12 @@ class InputFile {
   int file_;
   bool failed_ = false;
   std::array<char, 4096> buffer_;
-  std::size_t begin_ = 0;  // What is read of the buffer, and how far it is filled.
+  std::size_t begin_ = 0;  // The unread part of the buffer.
   std::size_t end_ = 0;
 };
 
-// A file that is written as bytes while others are free to read and write it. It is made, or
-// emptied, when it is opened. No operation needs memory after that.
+// A file that is written as bytes while others may read and write it. Opening creates or truncates
+// the file. Later operations allocate no memory.
 class OutputFile {
  public:
   explicit OutputFile(const std::string& path);
@@ -84,7 +83,7 @@ class OutputFile {
 
   bool is_open() const { return file_ >= 0; }
 
-  // True if the system took all of `bytes`.
+  // True if all of `bytes` were written.
   bool Write(std::string_view bytes);
 
  private:

@@ -11,7 +11,7 @@
 
 namespace system_info {
 
-// How an operation on a whole file ended.
+// The result of an operation on a whole file.
 enum class WholeFile { kNotOpened, kFailed, kDone };
 
 enum class NewFolder { kMade, kExists, kFailed };
@@ -31,15 +31,15 @@ class FileOverlay {
   virtual NewFolder MakeFolder(const std::string& path) = 0;
   virtual NewFolder MakeFolder(const std::wstring& path) = 0;
 
-  // Replaces `content` by the first 8191 bytes of the file; empty for an empty file. A missing file
-  // is left behind empty.
+  // Replaces `content` by the first 8191 bytes of the file; empty for an empty file. Creates a
+  // missing file, empty.
   virtual WholeFile ReadWholeFile(const std::wstring& path, std::string& content) = 0;
-  // Writes over the start of the file, without truncating it. Clears `complete` if the system would
-  // take only a part of `content`.
+  // Overwrites the start of the file without truncating it. Clears `complete` if the system would
+  // write only a part of `content`.
   virtual WholeFile WriteWholeFile(const std::wstring& path, const std::string& content,
                                    bool& complete) = 0;
 
-  // Both give a number for the open file, or -1. The second makes or empties the file.
+  // Both return a descriptor, or -1. The second creates or truncates the file.
   virtual int OpenToRead(const std::string& path) = 0;
   virtual int OpenToWrite(const std::string& path) = 0;
   // The number of bytes, 0 at the end of the file, or -1 on failure.
@@ -53,8 +53,7 @@ class FileOverlay {
 // The overlay of this thread, or null.
 FileOverlay* PresentFileOverlay();
 
-// Puts `overlay`, which may be null, in the place of the present one of this thread and returns
-// that one.
+// Sets the overlay of this thread, which may be null, and returns the previous one.
 FileOverlay* SetFileOverlay(FileOverlay* overlay);
 
 #else

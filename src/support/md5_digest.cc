@@ -21,8 +21,8 @@ constexpr std::array<std::uint32_t, 64> kSines = {
     0x6fa87e4f, 0xfe2ce6e0, 0xa3014314, 0x4e0811a1, 0xf7537e82, 0xbd3af235, 0x2ad7d2bb, 0xeb86d391,
 };
 
-// For each of the four rounds: the rotations of its steps, and which word of the block a step
-// takes.
+// For each round: the rotations of its steps, and the order in which its steps read the words of
+// the block.
 constexpr std::array<std::array<int, 4>, 4> kRotations = {{
     {7, 12, 17, 22},
     {5, 9, 14, 20},

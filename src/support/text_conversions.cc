@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kMaxLength = 4096;
 
-// The conversion looks at its limit only before a character, which may then reach beyond it.
+// The conversion checks its limit only before a character, so one may extend beyond the limit.
 constexpr std::size_t kSpare = MB_LEN_MAX;
 
 // A conversion that fills the buffer leaves no terminator in it.
@@ -23,14 +23,14 @@ std::basic_string<Char> UpToZero(const std::array<Char, kSize>& buffer) {
 
 }  // namespace
 
-// In both functions the name of the conversion stands in parentheses, which keeps the lookup inside
-// this namespace first: where the platform door brings a conversion of its own, that one is meant.
+// In both functions the name of the conversion is in parentheses, which prevents argument-dependent
+// lookup: a conversion of the platform layer takes precedence.
 
 std::string ToNarrow(const std::wstring& source) {
   if (source.size() >= kMaxLength) return {};
   std::string text;
-  // A character that reaches beyond the buffer goes as a whole: the limit falls until it is left
-  // out.
+  // A character that does not fit is dropped whole: the limit is lowered until the character is
+  // left out.
   std::size_t limit = kMaxLength;
   do {
     std::array<char, kMaxLength + kSpare> buffer = {};

@@ -1,9 +1,9 @@
 // The only conversions between narrow and wide text.
 //
 // They follow the locale of the process, which the library never sets. In the default locale the
-// mapping is one to one up to 255. Neither reports a failure: the result is what could be converted
-// before the first character without a form, and it is empty for a source of 4096 elements or more.
-// A cut here changes ids, so the limits are part of the formats.
+// mapping is one to one up to 255. Neither reports a failure: the result ends before the first
+// character that cannot be converted, and is empty for a source of 4096 elements or more.
+// Truncation here changes ids, so the limits are part of the formats.
 
 #ifndef DEVICEID_SUPPORT_TEXT_CONVERSIONS_H_
 #define DEVICEID_SUPPORT_TEXT_CONVERSIONS_H_

@@ -1,9 +1,9 @@
-// The text of a device id: how it is made from a hardware string, how a text from a file is judged,
-// and how an id of one format becomes the same id of another.
+// The text of a device id: making it from a hardware string, validating a text from a file, and
+// changing the format of an id.
 //
-// An id is an MD5 digest laid out like a GUID, behind two digits that name the format it was last
-// written for: "2-0-98500190-d23c-b04f-d696-3f7d28e17f72". Ids of format 1.0 have no such digits.
-// All functions are pure and may run on any thread.
+// An id is an MD5 digest laid out like a GUID, prefixed with the two digits of its last format:
+// "2-0-98500190-d23c-b04f-d696-3f7d28e17f72". Ids of format 1.0 have no such digits. All functions
+// are pure and may run on any thread.
 
 #ifndef DEVICEID_VALUES_DEVICE_ID_H_
 #define DEVICEID_VALUES_DEVICE_ID_H_

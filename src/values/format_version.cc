@@ -23,8 +23,8 @@ std::vector<std::string_view> SplitWords(std::string_view text) {
   return words;
 }
 
-// The texts are fixed here because hosts see them in the log, and each standard library words the
-// failures of its own conversion differently.
+// Hosts see these texts in the log. They are fixed here because standard libraries word the
+// failures of their conversions differently.
 std::uint32_t ParseNumber(std::string_view word) {
   const bool negative = word.front() == '-';
   if (negative || word.front() == '+') word.remove_prefix(1);
@@ -41,7 +41,7 @@ std::uint32_t ParseNumber(std::string_view word) {
   return static_cast<std::uint32_t>(negative ? -value : value);
 }
 
-// Of a text of the form "2.0".
+// The code of a text of the form "2.0".
 constexpr HidVersionCode CodeOf(std::string_view text) {
   return (text[0] - '0') * 10 + (text[2] - '0');
 }

@@ -1,7 +1,7 @@
 // The version of an identifier format, and the list of the formats that a host may ask for.
 //
-// A HidFormatVersion is a plain value. It takes more texts than a host may ask for: thresholds such
-// as 1.3 and the versions found in stored records are values of the same type.
+// A HidFormatVersion is a plain value. Its range is wider than the list: thresholds such as 1.3 and
+// the versions in stored records are values of the same type.
 
 #ifndef DEVICEID_VALUES_FORMAT_VERSION_H_
 #define DEVICEID_VALUES_FORMAT_VERSION_H_
@@ -21,9 +21,9 @@ struct HidFormatVersion {
   constexpr HidFormatVersion(std::uint32_t major_number, std::uint32_t minor_number)
       : major(major_number), minor(minor_number) {}
 
-  // Parses two decimal numbers that are separated by points or white space. A text that has not two
-  // words gives 1.0. A number may have a sign, ends at the first character that is no digit, and is
-  // kept as its 32-bit pattern.
+  // Parses two decimal numbers that are separated by points or white space. A text without exactly
+  // two words gives 1.0. A number may have a sign, ends at the first character that is not a digit,
+  // and is stored as its 32-bit pattern.
   //
   // Throws std::invalid_argument if a word does not begin with a number and std::out_of_range if
   // the number does not fit in 32 signed bits.

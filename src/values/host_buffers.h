@@ -20,13 +20,14 @@ struct HostBuffers {
   char* log = nullptr;
   std::uint32_t log_size = 0;
 
-  // Copies `id` into the id buffer, cut if it does not fit. Returns Success or BufferTooSmall.
+  // Copies `id` into the id buffer, truncated if it does not fit. Returns Success or
+  // BufferTooSmall.
   HidResult PutId(const DeviceId& id) const {
     return CopyToBuffer(id, device_id, device_id_size) == 0 ? HidResult::Success
                                                             : HidResult::BufferTooSmall;
   }
 
-  // Copies the text of `call_log` into the log buffer, cut if it does not fit.
+  // Copies the text of `call_log` into the log buffer, truncated if it does not fit.
   void PutLog(const HIDLog& call_log) const { call_log.CopyTo(log, log_size); }
 };
 

@@ -1,4 +1,4 @@
-// The flags by which a host steers a request for format 2.0.
+// The flags of a host's request for format 2.0.
 
 #ifndef DEVICEID_VALUES_RESOLUTION_FLAGS_H_
 #define DEVICEID_VALUES_RESOLUTION_FLAGS_H_
@@ -9,7 +9,7 @@
 
 namespace system_info {
 
-// Bits of a mask that hosts pass. Others are ignored. The numbers are those of the host's header.
+// Bits of the hosts' mask. Other bits are ignored. The numbers are those of the host's header.
 enum ResolutionFlags : std::uint32_t {
   SkipDateCheck = DEVICEID_SKIP_DATE_CHECK,    // The age of the record does not matter.
   ForceRandomHid = DEVICEID_FORCE_RANDOM_HID,  // The hardware string counts as empty.
