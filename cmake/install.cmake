@@ -1,8 +1,8 @@
-# What "cmake --install" puts where. The folders are GNUInstallDirs', and may be moved together.
+# The install rules. The folders are those of GNUInstallDirs, and may be moved together.
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
-# path_from(VARIABLE FOLDER OTHER): the way from one installed folder to another.
+# path_from(VARIABLE FOLDER OTHER): the relative path from one installed folder to another.
 function(path_from variable folder other)
   cmake_path(ABSOLUTE_PATH other BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} NORMALIZE)
   cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} NORMALIZE)
@@ -21,7 +21,7 @@ if(TARGET deviceid_program)
     install(FILES ${completions}/deviceid DESTINATION ${shares}/bash-completion/completions)
     install(FILES ${completions}/_deviceid DESTINATION ${shares}/zsh/site-functions)
   elseif(DEVICEID_COMPLETIONS)
-    # Not beside the program: PowerShell would take it for the program.
+    # Not beside the program: PowerShell would run it in place of the program.
     install(FILES ${completions}/deviceid.ps1 DESTINATION ${shares}/powershell)
   endif()
 endif()

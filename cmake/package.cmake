@@ -1,4 +1,4 @@
-# The archives that "cpack" makes of what is installed.
+# The archives of the installed files, made by cpack.
 set(CPACK_PACKAGE_VENDOR deviceid)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Stable id of a PC, for licences and support cases")
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -6,7 +6,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/repack.cmake)
 if(WIN32)
-  # The linker has stripped them already: strip would put the present time into them.
+  # The linker has stripped the files already; strip would write the present time into them.
   set(CPACK_GENERATOR ZIP)
   set(CPACK_SYSTEM_NAME windows-${CMAKE_SYSTEM_PROCESSOR})
 else()

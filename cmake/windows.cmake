@@ -1,6 +1,6 @@
-# What the toolchain files have in common: a cross compiler from Debian's g++-mingw-w64-*.
+# The common part of the toolchain files: a cross compiler from Debian's g++-mingw-w64-*.
 #
-# They set CMAKE_SYSTEM_PROCESSOR and mingw_triple first.
+# The toolchain files set CMAKE_SYSTEM_PROCESSOR and mingw_triple first.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_C_COMPILER ${mingw_triple}-gcc)
 set(CMAKE_CXX_COMPILER ${mingw_triple}-g++)

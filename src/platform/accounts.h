@@ -1,4 +1,4 @@
-// The accounts of this machine, as far as they can have an id of their own.
+// The accounts of this machine that can have their own id.
 
 #ifndef DEVICEID_PLATFORM_ACCOUNTS_H_
 #define DEVICEID_PLATFORM_ACCOUNTS_H_
@@ -11,14 +11,13 @@ namespace system_info {
 
 struct Account {
   std::string name;  // UTF-8
-  // May read and write what ordinary accounts may not: root, or a member of the administrators that
-  // runs with their rights.
+  // True for root, or a member of the administrators that runs with their rights.
   bool privileged = false;
 };
 
 Account PresentAccount();
 
-// The hardware values that privileged accounts alone can read on this machine.
+// The hardware values that only privileged accounts can read on this machine.
 struct PrivilegedValues {
   bool product = false;  // The serial number.
   bool board = false;    // Likewise.
@@ -32,8 +31,8 @@ struct UserRoot {
   std::filesystem::path folder;
 };
 
-// The folders that stand above the user folders of all accounts but the present one, as far as the
-// system lists accounts. They need not exist or be readable.
+// The parents of the user folders of all listed accounts but the present one. They need not exist
+// or be readable.
 std::vector<UserRoot> OtherUserRoots();
 
 }  // namespace system_info

@@ -1,4 +1,4 @@
-// What the program for people asks of its terminal and its command line.
+// The terminal and the command line of the program.
 
 #ifndef DEVICEID_PLATFORM_CONSOLE_H_
 #define DEVICEID_PLATFORM_CONSOLE_H_
@@ -8,15 +8,15 @@
 
 namespace system_info {
 
-// The arguments behind the name of the program, in UTF-8 where the system knows their characters,
-// else as they are.
+// The arguments after the name of the program, in UTF-8 if the system knows their encoding, else
+// unchanged.
 std::vector<std::string> CommandLine(int argc, char** argv);
 
 bool InputIsTerminal();
 bool OutputIsTerminal();
 
-// Lets standard output and error take UTF-8, and colours where they are a terminal. To be called
-// before anything is printed.
+// Prepares standard output and error for UTF-8, and terminals for colours. Call it before printing
+// anything.
 void PrepareOutput();
 
 }  // namespace system_info

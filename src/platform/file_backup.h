@@ -1,5 +1,4 @@
-// What a backup of files needs beside their bytes: owners, rights and dates, writing that has
-// reached the disk when it returns, and a lock.
+// Operations for backups: owners, rights and dates of files, durable writes, and a lock.
 //
 // Functions that fail throw std::system_error with the code of the system.
 
@@ -13,39 +12,39 @@
 
 namespace system_info {
 
-// Owner, rights and dates of a file, folder or link by name, as texts of the system's own. Of a
-// link those of the link itself.
+// Owner, rights and dates of a file, folder or link by name, as texts of the system's own. Links
+// are not followed.
 //
 // Linux: owner, group, mode, times, extended attributes and with them access control lists.
 // Windows: owner, group and access control list, attributes, times; no audit list, no streams.
 using FileProperties = std::map<std::string, std::string>;
 
-// Leaves no trace in the time of the last access.
+// Reads the bytes of a file without changing its access time.
 FileProperties ReadProperties(const std::filesystem::path& path);
 
-// Changes what differs and nothing else. `path` is of the same kind as what the properties were
-// read from.
+// Changes only the properties that differ. `path` is of the kind that the properties were read
+// from.
 void ApplyProperties(const std::filesystem::path& path, const FileProperties& properties);
 
-// True if this account may give a new file all that the one at `path` has.
+// True if this account may give a new file all properties of the file at `path`.
 bool MayMakeAgain(const std::filesystem::path& path);
 
-// Replaces the bytes of a file, which keeps its owner and rights, or makes it. Follows no link. A
-// reader finds at no time a file that is cut, unless it grows. Waits a moment for a host that has
-// the file open.
+// Replaces the bytes of a file, which keeps its owner and rights, or creates it. Follows no link.
+// Readers never see a truncated file, unless it grows. Waits a moment for a host that has the file
+// open.
 void WriteDurably(const std::filesystem::path& path, const std::string& bytes);
 
-// Brings the names in `folder` to the disk.
+// Flushes the names in `folder` to the disk.
 void SyncFolder(const std::filesystem::path& folder);
 
-// Makes one folder for this account alone. Throws also if there is something of that name.
+// Makes one folder for this account alone. Throws also if the name exists.
 void MakePrivateFolder(const std::filesystem::path& path);
 
-// Where backups of this account go. Need not exist. Empty if the system names no such place.
+// The default parent of this account's backups. It need not exist. Empty if the system names none.
 std::filesystem::path BackupsFolder();
 
-// One process of this machine holds it at a time, until it ends. `folder` names what is locked and
-// is not changed.
+// A lock that one process of this machine at a time can hold. `folder` names the lock and is not
+// changed.
 class MachineLock {
  public:
   explicit MachineLock(const std::filesystem::path& folder);

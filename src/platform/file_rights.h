@@ -1,9 +1,8 @@
-// What stands at a path and what this account may do with it: looked up, never tried out.
+// The object at a path and this account's permissions for it, found without changing anything.
 //
-// Each function is about this moment and leaves nothing behind but, where the system insists on it,
-// the time of the last access. It throws where the operation that it foresees would throw for lack
-// of resources. Two things cannot be looked up: a full disk, and a file that somebody has open
-// without a lock.
+// Each function describes the present moment and leaves no trace but, on some systems, the access
+// time. It throws if the operation that it predicts would throw for lack of resources. Two things
+// cannot be predicted: a full disk, and a file that somebody has open without a lock.
 
 #ifndef DEVICEID_PLATFORM_FILE_RIGHTS_H_
 #define DEVICEID_PLATFORM_FILE_RIGHTS_H_
@@ -15,12 +14,12 @@
 
 namespace system_info {
 
-// The form of a path that all functions here take, in which the narrow and the wide name that the
-// library has for a file are the same: UTF-8 on Windows, the bytes of the path elsewhere.
+// The common form of the library's narrow and wide paths, which all functions here take: UTF-8 on
+// Windows, the bytes of the path elsewhere.
 std::string SystemPath(const std::string& narrow);
 std::string SystemPath(const std::wstring& wide);
 
-// The text that names one folder, whatever path leads to it. None if no folder can be seen there.
+// A text that identifies a folder, whatever path leads to it. None if no folder can be seen there.
 std::optional<std::string> FolderIdentity(const std::string& path);
 
 enum class Standing {
@@ -28,39 +27,38 @@ enum class Standing {
   kFile,
   kFolder,
   kLink,
-  kOther,    // What the library does not open, as a pipe.
-  kUnknown,  // This account cannot even see what stands there, or whether anything does.
+  kOther,    // The library does not open it, for example a pipe.
+  kUnknown,  // This account cannot see whether there is anything.
 };
 
 enum class Holder { kNobody, kReader, kWriter };
 
 struct FileRights {
-  // Of the path itself, without a step through a link.
+  // The kind of the path itself; a link is not followed.
   Standing standing = Standing::kUnknown;
 
-  // Where there is nothing yet: may a file, or a folder, be made?
+  // For a missing path: may a file, or a folder, be made?
   bool may_make_file = false;
   bool may_make_folder = false;
-  // May the name be removed from its folder? Where there is nothing yet, a file that this account
-  // made.
+  // May the name be removed from its folder? For a missing path: the name of a file that this
+  // account made.
   bool may_remove_name = false;
 
-  // Of a link: where it leads, whether the library opens what is there or may make what is missing,
+  // For a link: its target, whether the library opens an existing target or makes a missing one,
   // and whether the system shows it.
   std::string target;
   bool trusted = false;
   bool may_make_behind = false;
   bool followed = false;
 
-  // Of a file. The system may ask more of who deletes a file than the right to remove its name.
+  // For a file. Deleting a file may need more than the right to remove its name.
   bool may_read = false;
   bool may_write = false;
   bool may_empty = false;
   bool may_delete = false;
-  Holder holder = Holder::kNobody;  // Who has it open with a lock.
+  Holder holder = Holder::kNobody;  // Who holds a lock on the open file.
 
-  // The bytes of a file that may be read: the first ones, and whether the system failed to read
-  // them or has more.
+  // The first bytes of a readable file, and whether reading failed or there are more.
   std::string start;
   bool read_failed = false;
   bool longer = false;
@@ -68,11 +66,11 @@ struct FileRights {
 
 FileRights LookUpRights(const std::string& path);
 
-// At most `size` bytes of a file from `offset` on, or none if they cannot be read.
+// At most `size` bytes of a file from `offset` on; nullopt if reading fails.
 std::optional<std::string> ReadPart(const std::string& path, std::uint64_t offset,
                                     std::size_t size);
 
-// What this account may do with what it makes.
+// This account's permissions for files and folders that it makes.
 struct OwnRights {
   bool read = true;
   bool write = true;
@@ -80,13 +78,13 @@ struct OwnRights {
 };
 OwnRights RightsOfNew();
 
-// True if the system makes `folder` and all that is missing above it for this account alone, when a
-// folder in it is to be made.
+// True if making a folder in `folder` also makes `folder` and its missing parents, for this account
+// alone.
 bool IsMadeWhenMissing(const std::string& folder);
 bool IsOwnFolder(const std::string& folder);
 
-// The calls that a scripted machine can make fail, and the answer that it then gives. A real
-// machine has none.
+// The calls that a scripted machine can make fail, and the code of the failure. A real machine has
+// none.
 enum class FileCall { kOpen, kRead, kWrite, kWriteShort, kWriteStream, kDelete, kMakeFolder };
 std::optional<std::uint32_t> ScriptedAnswer(FileCall call, const std::string& path);
 

@@ -1,4 +1,4 @@
-// What a stored file needs of the file system that it lies on.
+// The properties of a file system that matter for stored files.
 
 #ifndef DEVICEID_PLATFORM_FILE_SYSTEM_FACTS_H_
 #define DEVICEID_PLATFORM_FILE_SYSTEM_FACTS_H_
@@ -12,16 +12,16 @@ namespace system_info {
 
 struct FileSystemFacts {
   std::string type;             // "ext4", "NTFS"; empty if unknown.
-  bool kept_in_memory = false;  // Lost with the next start.
-  bool overlay = false;         // What is written goes to a layer above, as in a container.
-  bool holds_root = false;      // The one that the system itself lies on.
+  bool kept_in_memory = false;  // Lost at the next boot.
+  bool overlay = false;         // Writes go to an upper layer, as in a container.
+  bool holds_root = false;      // The file system of the system itself.
   bool read_only = false;
   bool without_locks = false;               // Other machines do not see who has a file open.
   std::optional<std::uint64_t> free_bytes;  // For this account.
 };
 
-// Of the file system that holds `folder`, or will when it is made. `file` in it shows whether files
-// can be locked, and may be missing.
+// The facts of the file system that holds `folder`, or will when the folder is made. `file` is used
+// to test for locks, and may be missing.
 FileSystemFacts LookAtFileSystem(const std::filesystem::path& folder,
                                  const std::filesystem::path& file);
 

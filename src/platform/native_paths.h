@@ -9,10 +9,10 @@
 
 namespace system_info {
 
-// The file that the narrow calls of the system mean by `text`, as in the paths of the library.
+// The path for a narrow path of the library, as the narrow calls of the system interpret it.
 std::filesystem::path FromSystemText(const std::string& text);
 
-// The file that a user means by an argument of the program.
+// The path for an argument of the program.
 std::filesystem::path FromUtf8(const std::string& text);
 
 std::string ToUtf8(const std::filesystem::path& path);

@@ -14,7 +14,7 @@ class SharedLibrary {
  public:
   explicit SharedLibrary(const std::filesystem::path& path);
 
-  // The function of that name. Throws std::runtime_error if the library has none.
+  // The function of that name. Throws std::runtime_error if the library does not have it.
   template <typename Function>
   Function* Find(const char* name) const {
     return reinterpret_cast<Function*>(FindAddress(name));

@@ -1,4 +1,4 @@
-// What kind of system this process runs on, for people who help from afar.
+// The system that this process runs on, for remote support.
 
 #ifndef DEVICEID_PLATFORM_SYSTEM_FACTS_H_
 #define DEVICEID_PLATFORM_SYSTEM_FACTS_H_
@@ -8,7 +8,7 @@
 
 namespace system_info {
 
-// All texts are UTF-8, and empty where the system does not tell.
+// All texts are UTF-8, and empty if unknown.
 struct SystemFacts {
   std::string name;          // "Debian GNU/Linux 12 (bookworm)", "Windows"
   std::string release;       // "6.1.0-13-amd64", "10.0.19045"
@@ -17,7 +17,7 @@ struct SystemFacts {
   std::string container;     // "docker", "podman", "lxc"; empty outside of one.
   // The makers and models of machine, board and firmware, which hypervisors fill in as well.
   std::vector<std::string> makers;
-  bool hypervisor = false;  // The processor tells of one.
+  bool hypervisor = false;  // The processor reports one.
 };
 
 SystemFacts LookAtSystem();

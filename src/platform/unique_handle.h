@@ -7,8 +7,8 @@
 
 namespace system_info {
 
-// `Kind` names the type of the handle and how it is released. All kinds used here share one invalid
-// value.
+// `Kind` names the type of the handle and its release function. All kinds used here share one
+// invalid value.
 template <typename Kind>
 class UniqueHandle {
  public:

@@ -1,7 +1,7 @@
-// The one door through which the library reaches the operating system.
+// The library's only access to the operating system.
 //
-// On Windows these are the SDK's own headers. Elsewhere a small layer of ours offers the same names
-// with the same meaning, as far as the library calls them.
+// On Windows these are the SDK's own headers. Elsewhere our own small layer implements the calls
+// that the library makes, with the same names and meaning.
 
 #ifndef DEVICEID_PLATFORM_WINDOWS_API_H_
 #define DEVICEID_PLATFORM_WINDOWS_API_H_

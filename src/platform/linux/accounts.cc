@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kDmi = "/sys/class/dmi/id";
 
-// A value that the kernel does not have counts as one that it keeps for root.
+// A value that the kernel does not have counts as readable by root only.
 bool IsPrivate(const char* value) {
   struct stat status = {};
   const std::string path = std::string(kDmi) + "/" + value;
@@ -27,7 +27,7 @@ Account PresentAccount() {
 }
 
 PrivilegedValues FindPrivilegedValues() {
-  // Without DMI the UUID comes from the device tree, which everybody reads.
+  // Without DMI the UUID comes from the device tree, which everybody can read.
   const bool dmi = access(kDmi, F_OK) == 0;
   return {IsPrivate("product_serial"), IsPrivate("board_serial"), dmi && IsPrivate("product_uuid")};
 }

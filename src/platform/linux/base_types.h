@@ -1,4 +1,4 @@
-// The basic types of the platform door, in the widths that Windows gives them.
+// The basic types of the Windows API, in their Windows widths.
 
 #ifndef DEVICEID_PLATFORM_LINUX_BASE_TYPES_H_
 #define DEVICEID_PLATFORM_LINUX_BASE_TYPES_H_
@@ -14,7 +14,7 @@ using LONG = std::int32_t;
 using HRESULT = LONG;
 using HANDLE = void*;
 
-// A constant of the type HRESULT from its usual unsigned notation.
+// Makes an HRESULT constant from its usual unsigned notation.
 constexpr HRESULT MakeHresult(std::uint32_t code) { return static_cast<HRESULT>(code); }
 
 inline constexpr HRESULT S_OK = 0;
@@ -41,7 +41,7 @@ inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
 inline constexpr DWORD ERROR_NO_DATA = 232;
 inline constexpr DWORD ERROR_MORE_DATA = 234;
 
-// The code of the last failed call of this thread.
+// The error code of this thread's last failed call.
 DWORD GetLastError();
 void SetLastError(DWORD code);
 
@@ -54,7 +54,7 @@ struct GUID {
   friend bool operator==(const GUID&, const GUID&) = default;
 };
 
-// Every handle that is not valid has this value, whatever it would open. A number as on Windows.
+// The value of all invalid handles. A number as on Windows.
 // NOLINTNEXTLINE(performance-no-int-to-ptr,misc-misplaced-const)
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
 

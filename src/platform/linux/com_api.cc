@@ -34,7 +34,7 @@ struct Look {
   Counted counted{Live().looks_at_hardware};
 };
 
-// All without constructor and destructor: what a thread needs must be there before memory runs out.
+// No member has a constructor or destructor: a thread's state must exist before memory runs out.
 thread_local Look* latest_look = nullptr;
 thread_local Apartment apartment = Apartment::kNone;
 thread_local int apartment_entries = 0;
@@ -46,7 +46,7 @@ std::optional<HRESULT> ScriptedCode(PlatformCall call, const std::wstring& subje
   return static_cast<HRESULT>(*code);
 }
 
-// A COM string begins behind its count.
+// A COM string begins after its count.
 struct StringHeader {
   std::size_t length;
 };
@@ -66,7 +66,7 @@ std::wstring Text(BSTR string) {
   return string == nullptr ? std::wstring() : std::wstring(string, SysStringLen(string));
 }
 
-// An object with the one reference that its maker hands out. Objects stay on the thread that made
+// An object with one reference, which belongs to its creator. Objects stay on the thread that made
 // them.
 template <typename Interface>
 class Object : public Interface {

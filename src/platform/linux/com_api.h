@@ -1,15 +1,15 @@
 // COM with its strings and values, and the four WMI interfaces, for systems without the SDK.
 //
-// As far as the library calls them: any other argument than those that it is meant to pass gets a
-// failure, so that a wrong constant fails here and not on a customer's PC. A thread has to enter
-// COM before it makes an object, and a connection refuses queries until its proxy security is set.
+// Only the library's own arguments are accepted: any other fails, so that a wrong constant fails
+// here and not on a customer's PC. A thread has to enter COM before it makes an object, and a
+// connection refuses queries until its proxy security is set.
 
 #ifndef DEVICEID_PLATFORM_LINUX_COM_API_H_
 #define DEVICEID_PLATFORM_LINUX_COM_API_H_
 
 #include "platform/linux/base_types.h"
 
-// Strings that carry their count. SysAllocString gives null for null and when memory runs out.
+// Length-prefixed strings. SysAllocString returns null for null and when memory runs out.
 using BSTR = wchar_t*;
 BSTR SysAllocString(const wchar_t* text);
 void SysFreeString(BSTR string);
@@ -29,7 +29,7 @@ struct VARIANT {
   };
 };
 void VariantInit(VARIANT* value);
-// Frees what the value holds. The value is empty afterwards.
+// Frees and empties the value.
 HRESULT VariantClear(VARIANT* value);
 
 // NOLINTBEGIN(bugprone-reserved-identifier): names of the SDK's COM support
@@ -53,14 +53,14 @@ inline constexpr HRESULT CO_E_NOTINITIALIZED = MakeHresult(0x800401F0);
 inline constexpr HRESULT REGDB_E_CLASSNOTREG = MakeHresult(0x80040154);
 
 // Enters COM on this thread: S_OK the first time, S_FALSE for a further entry, RPC_E_CHANGED_MODE
-// if the thread is in an apartment of the other kind. Each entry wants its CoUninitialize.
+// if the thread is in an apartment of the other kind. Each entry needs its CoUninitialize.
 //
-// Looks at the hardware: all answers until the CoUninitialize come from this one look. Throws what
-// keeps it from looking, since a caller that went on would take all values for missing.
+// Takes a snapshot of the hardware, which answers all queries until the CoUninitialize. Throws if
+// that fails, since a caller that went on would take all values for missing.
 HRESULT CoInitializeEx(void* reserved, DWORD model);
 void CoUninitialize();
 
-// Every interface is released once for each time it was handed out.
+// Every interface is released once for each reference that was returned.
 struct IUnknown {
   virtual ULONG Release() = 0;
 
@@ -136,12 +136,12 @@ struct IWbemLocator : IUnknown {
 
 namespace system_info {
 
-// What a host does that chose a single-threaded apartment for its thread. While it is entered, the
-// library finds COM not usable on this thread.
+// Simulates a host that put its thread into a single-threaded apartment. Inside, the library cannot
+// use COM on this thread.
 void EnterSingleThreadedApartment();
 void LeaveSingleThreadedApartment();
 
-// How often this thread is in COM.
+// The number of this thread's entries into COM.
 int ApartmentEntries();
 
 }  // namespace system_info

@@ -1,6 +1,5 @@
-// Replacements for parts of the compiler's libraries and of newer glibc versions, built on what
-// older versions have. They are for the shared library, which links the compiler's libraries
-// statically and runs with glibc 2.34 or later.
+// Replacements for parts of the compiler's libraries and of newer glibc versions. With them the
+// shared library, which links the compiler's libraries statically, runs with glibc 2.34 or later.
 
 #include <cxxabi.h>
 #include <dlfcn.h>
@@ -15,7 +14,7 @@
 
 namespace __cxxabiv1 {
 
-// The exceptions of a thread. The libraries' own come through a function of the dynamic linker.
+// The exceptions of a thread. The libraries' own version needs a function of the dynamic linker.
 struct __cxa_eh_globals {
   void* caught;
   unsigned int uncaught;
@@ -30,8 +29,8 @@ __cxa_eh_globals* __cxa_get_globals_fast() noexcept { return &exceptions; }
 
 }  // namespace __cxxabiv1
 
-// std::random_device cannot report a failure of this function. glibc's own ends the process as
-// well.
+// std::random_device cannot report a failure of this function. glibc's own version ends the
+// process, too.
 extern "C" std::uint32_t arc4random() noexcept {
   std::uint32_t number = 0;
   if (getentropy(&number, sizeof(number)) == 0) return number;
@@ -67,7 +66,7 @@ int LookInto(dl_phdr_info* object, std::size_t /*size*/, void* data) {
 
 }  // namespace
 
-// Finds what handles the exceptions of the code at `address`.
+// Finds the unwind tables of the code at `address`.
 extern "C" int _dl_find_object(void* address, dl_find_object* result) noexcept {
   Search search = {reinterpret_cast<std::uintptr_t>(address), 0};
   dl_iterate_phdr(LookInto, &search);

@@ -22,7 +22,7 @@ class Descriptor {
     std::swap(number_, other.number_);
     return *this;
   }
-  // Leaves errno as it was: what failed before is still to be told.
+  // Preserves errno, which an earlier failure may have set.
   ~Descriptor() {
     const int error = errno;
     if (valid()) close(number_);
@@ -37,7 +37,7 @@ class Descriptor {
   int number_;
 };
 
-// What `call` returns once no signal interrupts it.
+// Repeats `call` until no signal interrupts it.
 template <typename Call>
 auto RepeatInterrupted(Call call) {
   auto result = call();

@@ -50,7 +50,7 @@ BOOL Fail(DWORD code) {
   return 0;
 }
 
-// The only code that the library asks for is the one for what is there already.
+// The library checks only for the code of an existing file.
 BOOL FailWithErrno() { return Fail(errno == EEXIST ? ERROR_ALREADY_EXISTS : ERROR_ACCESS_DENIED); }
 
 BOOL Finish(bool done) { return done ? 1 : FailWithErrno(); }
@@ -76,8 +76,8 @@ StateFile Open(const std::string& path, Access access, Sharing sharing, Missing 
 }
 
 // The old id file is deleted before the new one is opened, so an exception here would lose the id.
-// Another thread may have taken the descriptor that the delete released: wait a moment for one.
-// After that the library tries the other folder.
+// Another thread may have taken the descriptor that the delete released, so this waits a moment for
+// a free one. After that the library tries the other folder.
 StateFile OpenToReplace(const std::string& path) {
   constexpr int kAttempts = 100;
   constexpr useconds_t kPause = 1000;

@@ -1,26 +1,18 @@
 // The file calls and the shell's folders, for systems without the SDK.
 //
-// The promises of Windows that the library leans on are kept like this:
+// These are the guarantees of Windows that the library relies on, and their limits here:
 //
 //  * Share modes hold between all users of CreateFileW, in this process and in others: a file that
 //    is open for reading can be opened for reading only, one that is open for writing not at all.
-//    They are locks of the open file. An account that may only read the file can keep others from
-//    writing and deleting it, as on Windows, but not from reading it.
 //  * A file that anyone has open, by _sopen included, cannot be deleted. A lease shows whether any
-//    other process has the file open. The kernel grants none to a process that neither owns the
-//    file nor may lease what others own, and network file systems have none: there a file that only
-//    a user of _sopen has open can be deleted. A process that opens the file during the delete
 //    keeps the deleted file open.
 //  * _sopen and CreateFileW do not see each other's share modes.
 //  * File systems without locks share freely.
-//  * What is no regular file, and a link that belongs neither to root nor to this user, cannot be
-//    opened. No open waits for anything.
 //
-// An open, a delete or a look that fails because the process or the system is out of resources
-// throws.
+// An open, delete or query that fails because the process or the system is out of resources throws.
 //
-// Other arguments than those that the library is meant to pass get a failure. Permissions are what
-// the mask of the process leaves, and never let everybody write.
+// Only the library's own arguments are accepted; any other fails. Permissions follow the umask, and
+// never let everybody write.
 
 #ifndef DEVICEID_PLATFORM_LINUX_FILE_API_H_
 #define DEVICEID_PLATFORM_LINUX_FILE_API_H_
@@ -46,8 +38,8 @@ inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xffffffff;
 
-// Opens a file, and makes it if there is none, to be read and shared with readers or to be written
-// and shared with nobody. Gives INVALID_HANDLE_VALUE on failure.
+// Opens a file, or creates it if it is missing: shared with readers for reading, exclusive for
+// writing. Returns INVALID_HANDLE_VALUE on failure.
 HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD share, void* security,
                    DWORD disposition, DWORD flags, HANDLE pattern);
 BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, void* overlapped);
@@ -67,7 +59,7 @@ DWORD GetFileAttributesA(const char* path);
 struct _stat64i32 {
   std::int32_t st_size;
 };
-// Gives 0 if there is something at `path`.
+// Returns 0 if `path` exists.
 int _stat64i32(const char* path, struct _stat64i32* status);
 
 inline constexpr int _O_RDONLY = 0;
@@ -79,10 +71,10 @@ inline constexpr int _SH_DENYNO = 0x40;
 inline constexpr int _S_IREAD = 0x100;
 inline constexpr int _S_IWRITE = 0x80;
 
-// Opens a file to be read, or makes or empties one to be written, and shares it with everybody.
-// Gives a descriptor, or -1 on failure.
+// Opens a file for reading, or creates or truncates one for writing, and shares it with everybody.
+// Returns a descriptor, or -1 on failure.
 int _sopen(const char* path, int flags, int sharing, int permissions);
-// Both give the number of bytes, or -1 on failure. Signals do not end them.
+// Both return the number of bytes, or -1 on failure. Signals do not interrupt them.
 int _read(int descriptor, void* buffer, unsigned size);
 int _write(int descriptor, const void* buffer, unsigned size);
 int _close(int descriptor);

@@ -30,7 +30,7 @@ std::string NameOfGroup(gid_t group) {
   return entry != nullptr ? entry->gr_name : std::to_string(group);
 }
 
-// An access control list shows in the bits of the group, which are its mask then.
+// With an access control list, the group bits are its mask.
 std::string OtherWriters(const struct stat& status) {
   if ((status.st_mode & S_IWOTH) != 0) return "everybody";
   if ((status.st_mode & S_IWGRP) == 0 || status.st_gid == 0) return "";

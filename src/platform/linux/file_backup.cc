@@ -28,16 +28,16 @@ namespace fs = std::filesystem;
 
 constexpr int kOpen = O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
 
-// As the library makes its files: never to be written by everybody.
+// The mode of the library's own files: never writable for everybody.
 constexpr mode_t kNewFile = 0664;
 
-// No state file is run as its owner or group, whatever a manifest says.
+// Drops set-user-ID and set-group-ID bits: no state file needs them, whatever a manifest says.
 constexpr unsigned kFileModes = 01777;
 constexpr unsigned kFolderModes = 03777;
 
 constexpr std::string_view kAttribute = "xattr:";
 
-// A host has a file open for much less.
+// Hosts open a file for much shorter.
 constexpr int kAttempts = 100;
 constexpr std::chrono::milliseconds kPause(20);
 
@@ -56,7 +56,7 @@ struct stat StatusOf(const fs::path& path) {
   return status;
 }
 
-// Without a trace where the system allows that.
+// Without changing the access time if the system allows that.
 Descriptor OpenToRead(const fs::path& path) {
   Descriptor file(open(path.c_str(), O_RDONLY | O_NOATIME | kOpen));
   if (!file.valid() && errno == EPERM) file = Descriptor(open(path.c_str(), O_RDONLY | kOpen));
@@ -108,7 +108,7 @@ std::string BytesOfHex(std::string_view text) {
   return bytes;
 }
 
-// None where the file system has no attributes.
+// None if the file system has no attributes.
 FileProperties AttributesOf(int file) {
   FileProperties found;
   std::vector<char> names(1U << 16);
@@ -142,7 +142,7 @@ void ApplyAttributes(int file, const fs::path& path, const FileProperties& wante
   }
 }
 
-// The owner first: a change of it can take rights away.
+// The owner first: changing the owner can remove rights.
 void ApplyRights(int file, const fs::path& path, const FileProperties& properties) {
   struct stat status = {};
   Checked(fstat(file, &status), path);
@@ -184,7 +184,7 @@ bool IsMemberOf(gid_t group) {
   return false;
 }
 
-// Others that use the library hold such a lock while they read or write.
+// Other users of the library hold such a lock while they read or write.
 bool LockForWriting(int file) {
   struct flock lock = {};
   lock.l_type = F_WRLCK;
@@ -259,7 +259,7 @@ void WriteDurably(const fs::path& path, const std::string& bytes) {
   Checked(file.get(), path);
   struct stat status = {};
   Checked(fstat(file.get(), &status), path);
-  // A second name could be that of a file somewhere else.
+  // A second hard link could be a file somewhere else.
   if (!S_ISREG(status.st_mode) || status.st_nlink > 1) errno = EMLINK;
   if (!S_ISREG(status.st_mode) || status.st_nlink > 1 || !LockForWriting(file.get())) Fail(path);
   WriteAll(file.get(), bytes, path);
@@ -270,7 +270,7 @@ void WriteDurably(const fs::path& path, const std::string& bytes) {
 void SyncFolder(const fs::path& folder) {
   const Descriptor handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   Checked(handle.get(), folder);
-  // Some file systems know no such thing.
+  // Some file systems do not support this.
   if (fsync(handle.get()) != 0 && errno != EINVAL) Fail(folder);
 }
 
@@ -287,7 +287,7 @@ fs::path BackupsFolder() {
 MachineLock::MachineLock(const fs::path& folder)
     : handle_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   const int file = static_cast<int>(handle_);
-  // A file system without locks keeps nobody from a repair.
+  // Without locks in the file system, a repair goes on.
   held_ = flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 

@@ -24,12 +24,12 @@
 namespace system_info {
 namespace {
 
-// More than any file that the library made has, so that one look opens a file once.
+// Larger than any file of the library, so that one open reads a whole file.
 constexpr std::size_t kStart = 1U << 16;
 
 constexpr mode_t kUsualMask = 022;
 
-// What the kernel tells of a name, without a step through a link.
+// The attributes of a path itself; a link is not followed.
 using Status = struct statx;
 
 bool ReadStatus(int folder, const char* name, Status& status) {
@@ -43,8 +43,8 @@ bool HasCapability(unsigned capability) {
   return (sets.at(CAP_TO_INDEX(capability)).effective & CAP_TO_MASK(capability)) != 0;
 }
 
-// By the ids and powers that count for an open. A file system that cannot be written and a file
-// that nobody may change refuse here, too.
+// Uses the ids and capabilities that count for an open. Also false on a read-only file system and
+// for an immutable file.
 bool Permits(int folder, const char* name, int mode) {
   return faccessat(folder, name, mode, AT_EACCESS) == 0;
 }
@@ -55,7 +55,7 @@ std::string FolderOf(const std::string& name) {
   return name.substr(0, separator == 0 ? 1 : separator);
 }
 
-// In a sticky folder a name goes with the owner of the file or of the folder only.
+// In a sticky folder only the owner of the file or of the folder may remove a name.
 bool IsStuck(const Status& folder, const Status& file) {
   const uid_t user = geteuid();
   return (folder.stx_mode & S_ISVTX) != 0 && file.stx_uid != user && folder.stx_uid != user &&
@@ -74,7 +74,7 @@ Standing StandingOf(const Status& status) {
   return S_ISLNK(status.stx_mode) ? Standing::kLink : Standing::kOther;
 }
 
-// Without a trace where the system allows that: the time of the last access stays for the owner.
+// Without changing the access time; the system allows that to the owner of the file.
 Descriptor OpenToLook(const Location& location) {
   constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
   const auto open_with = [&](int flags) {
@@ -118,7 +118,7 @@ void LookUpFile(const Location& location, const Status& status, FileRights& righ
     return;
   }
   rights.may_read = true;
-  // Who deletes a file opens it first.
+  // Deleting a file opens it first.
   rights.may_delete = true;
   rights.holder = HolderOf(file.get());
   rights.read_failed = !ReadInto(rights.start, file.get(), 0, kStart);
@@ -126,14 +126,13 @@ void LookUpFile(const Location& location, const Status& status, FileRights& righ
   rights.longer = rights.start.size() == kStart;
 }
 
-// In a sticky folder that everybody may write to, the kernel makes no file behind the link of a
-// third account.
+// In a world-writable sticky folder, the kernel makes no file through the link of a third account.
 bool IsForeignLink(const Status& folder, const Status& link) {
   return (folder.stx_mode & S_ISVTX) != 0 && (folder.stx_mode & S_IWOTH) != 0 &&
          link.stx_uid != geteuid() && link.stx_uid != folder.stx_uid;
 }
 
-// As state files follow links.
+// Follows links by the rules for state files.
 void LookUpLink(const std::string& path, const Location& location, const Status& status,
                 FileRights& rights) {
   std::array<char, PATH_MAX> target = {};
@@ -147,7 +146,7 @@ void LookUpLink(const std::string& path, const Location& location, const Status&
   rights.followed = fstatat(location.folder(), location.name(), &behind, 0) == 0 || errno == ENOENT;
 }
 
-// The mask of the process, which can only be asked by changing it, but for this file.
+// The umask of the process. Without this file it can only be read by changing it.
 mode_t PresentMask() {
   const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(
       std::fopen("/proc/self/status", "re"), &std::fclose);

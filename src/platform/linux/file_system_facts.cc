@@ -32,7 +32,7 @@ bool HasOption(std::string_view options, std::string_view wanted) {
   return false;
 }
 
-// Asks who has a lock, and takes none.
+// Asks for the holder of a lock without taking one.
 bool RefusesLocks(const std::filesystem::path& path) {
   constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
   const Descriptor file(open(path.c_str(), kFlags));

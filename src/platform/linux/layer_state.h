@@ -1,4 +1,4 @@
-// What the files of the layer share among themselves. The library does not see it.
+// State shared by the files of the layer and hidden from the library.
 
 #ifndef DEVICEID_PLATFORM_LINUX_LAYER_STATE_H_
 #define DEVICEID_PLATFORM_LINUX_LAYER_STATE_H_
@@ -24,16 +24,16 @@ struct LiveCounters {
 };
 LiveCounters& Live();
 
-// What this thread found as it entered COM. Null outside COM.
+// The hardware snapshot that this thread took as it entered COM. Null outside COM.
 Hardware* HardwareOfThread();
 
 // The failure that the machine injects into `call`, if any.
 std::optional<std::uint32_t> ScriptedFailure(PlatformCall call, std::string_view subject = {});
 
-// ASCII as it is, '?' for the rest: enough to tell a failure what it is about.
+// Keeps ASCII and replaces the rest by '?', which is enough to name the subject of a failure.
 std::string Subject(std::wstring_view text);
 
-// Runs `call`, and gives `failure` if it runs out of memory, as calls of Windows do.
+// Runs `call`, and returns `failure` if it runs out of memory, as calls of Windows do.
 template <typename Result, typename Call>
 Result UnlessOutOfMemory(Result failure, Call call) {
   try {
@@ -43,7 +43,7 @@ Result UnlessOutOfMemory(Result failure, Call call) {
   }
 }
 
-// Counts one object of `counter` for as long as it lives.
+// Counts one object in `counter` during its lifetime.
 class Counted {
  public:
   explicit Counted(std::atomic<int>& counter) : counter_(counter) { ++counter_; }

@@ -26,7 +26,7 @@ bool IsBelow(std::string_view path, std::string_view folder) {
 
 std::string Parent(const std::string& path) { return path.substr(0, path.rfind('/')); }
 
-// A handle of a folder that belongs to this user; else an invalid one, and errno says why.
+// A handle of a folder if it belongs to this user; else an invalid one, with the reason in errno.
 Descriptor OpenOwnFolder(const std::string& path) {
   Descriptor folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   struct stat status = {};
@@ -46,8 +46,8 @@ bool BelongsToUser(std::string folder) {
   return true;
 }
 
-// The library widens some paths on their way to a file call. A path that the locale of the process
-// cannot take would name another file there.
+// The library widens some paths on their way to a file call. A path that cannot be converted in the
+// locale of the process would name another file there.
 bool SurvivesWidening(const std::string& path) {
   std::vector<wchar_t> wide(path.size() + 1);
   std::mbstate_t state = {};
@@ -55,7 +55,7 @@ bool SurvivesWidening(const std::string& path) {
   return (mbsrtowcs)(wide.data(), &rest, wide.size(), &state) != static_cast<std::size_t>(-1);
 }
 
-// Without separators at its end. None if the library cannot use it.
+// The path without trailing separators. None if the library cannot use it.
 std::optional<std::string> UsableFolder(std::string path) {
   while (path.ends_with('/')) path.pop_back();
   if ((path + '/').find("/../") != std::string::npos || !SurvivesWidening(path)) {

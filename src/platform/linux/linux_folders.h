@@ -1,9 +1,9 @@
-// The folders of a Linux system above those of the library, and the way from a path to a file.
+// The parents of the library's folders on Linux, and the lookup of a path below them.
 //
 // An environment variable chooses the user's folder only if that folder belongs to the user: under
-// sudo the environment is somebody else's. The owner is looked at again in each operation on a path
-// below it, on the very handle that the operation goes through, so that nobody can exchange the
-// folder between the look and the use.
+// sudo the environment is somebody else's. Each operation on a path below the folder checks the
+// owner again, on the handle that the operation uses, so that nobody can exchange the folder
+// between check and use.
 
 #ifndef DEVICEID_PLATFORM_LINUX_LINUX_FOLDERS_H_
 #define DEVICEID_PLATFORM_LINUX_LINUX_FOLDERS_H_
@@ -15,17 +15,16 @@
 
 namespace system_info {
 
-// Both are without a separator at the end, and need not exist. `root` is empty for the computer
-// itself.
+// Both have no trailing separator and need not exist. `root` is empty for the computer itself.
 std::optional<std::string> FindCommonRoot(const std::string& root);
 std::optional<std::string> FindUserRoot();
 
-// Where a path is to be looked up: below `folder`, under `name`.
+// The place to look up a path: `name` relative to `folder`.
 class Location {
  public:
-  // `path` as it stands or, below the folder that the environment named in this thread's last call
-  // of FindUserRoot, relative to a handle of that folder. The handle is not valid, and errno says
-  // why, if the folder cannot be opened or belongs to somebody else.
+  // `path` unchanged or, below the folder that the environment named in this thread's last call of
+  // FindUserRoot, relative to a handle of that folder. The handle is invalid, with the reason in
+  // errno, if the folder cannot be opened or belongs to somebody else.
   explicit Location(const std::string& path);
 
   bool valid() const { return valid_; }
@@ -38,8 +37,8 @@ class Location {
   bool valid_ = true;
 };
 
-// Makes `folder` with all its missing parents, each with the permissions `mode`. Nothing is made
-// below a folder of somebody else. True if it exists then.
+// Makes `folder` with all its missing parents, each with the permissions `mode`. Makes nothing
+// below a folder of somebody else. True if `folder` exists then.
 bool MakeRoot(const std::string& folder, unsigned mode);
 
 }  // namespace system_info

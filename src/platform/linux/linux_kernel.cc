@@ -21,14 +21,14 @@ namespace {
 
 constexpr const char* kNetwork = "network interfaces";
 
-// As the kernel declares it from 6.9 on; the headers of the C library may be older than that.
+// Declared by the kernel from 6.9 on; the headers of the C library may be older.
 struct FileSystemUuid {
   std::uint8_t length;
   std::uint8_t bytes[16];
 };
 constexpr unsigned long kGetFileSystemUuid = _IOR(0x15, 0, FileSystemUuid);
 
-// The kernel never sends more at once.
+// The most that the kernel sends at once.
 constexpr std::size_t kLargestAnswer = 32768;
 
 struct DumpRequest {
@@ -38,7 +38,7 @@ struct DumpRequest {
   std::uint32_t filter;
 };
 
-// As ethtool_perm_addr, which leaves the size of the address open.
+// Like ethtool_perm_addr, but with an address of fixed size.
 struct PermanentAddress {
   std::uint32_t command;
   std::uint32_t size;

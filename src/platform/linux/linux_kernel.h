@@ -1,4 +1,4 @@
-// What the kernel tells by system calls only, not in any file.
+// Facts that the kernel reports only through system calls, not in files.
 
 #ifndef DEVICEID_PLATFORM_LINUX_LINUX_KERNEL_H_
 #define DEVICEID_PLATFORM_LINUX_LINUX_KERNEL_H_
@@ -15,30 +15,29 @@ namespace system_info {
 using MacAddress = std::array<std::uint8_t, 6>;
 
 struct FileSystem {
-  // As in the manual page of statfs. 0 if the kernel does not tell.
+  // The type as in the manual page of statfs; 0 if unknown.
   std::uint32_t type = 0;
   // The 16 bytes of its UUID, if the kernel has a call for that.
   std::optional<std::array<std::uint8_t, 16>> uuid;
 };
 
-// Returns true if it wants more.
+// Returns true to get more.
 using TakeDump = std::function<bool(std::string_view part)>;
 
 // Each throws if the process or the system is out of resources.
 struct KernelAnswers {
-  // About the file system that holds `path`.
+  // The facts of the file system that holds `path`.
   std::function<FileSystem(const std::string& path)> file_system;
 
-  // Asks for the dump of RTM_GETLINK or RTM_GETADDR, and hands it to `take` in parts that hold
-  // whole messages, as long as `take` wants more. Takes nothing from a kernel that does not answer
-  // this process.
+  // Requests the dump of RTM_GETLINK or RTM_GETADDR, and passes it to `take` in parts of whole
+  // messages while `take` returns true. Passes nothing if the kernel does not answer this process.
   std::function<void(std::uint16_t question, const TakeDump& take)> network_dump;
 
-  // The address that an interface has had since it was made. None if there is no such.
+  // The permanent address of an interface, if it has one.
   std::function<std::optional<MacAddress>(const std::string& name)> permanent_address;
 };
 
-// Those of the running kernel.
+// The calls of the running kernel.
 KernelAnswers AskKernel();
 
 }  // namespace system_info

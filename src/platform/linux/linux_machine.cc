@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* kDmi = "/sys/class/dmi/id";
 
-// Byte by byte, so that a value is the same whatever the locale of the process is.
+// Converts byte by byte, so that a value does not depend on the locale of the process.
 WmiValue ToValue(const std::optional<std::string>& text) {
   if (!text) return {};
   std::wstring wide;
@@ -25,13 +25,13 @@ WmiValue ToValue(const std::optional<std::string>& text) {
 
 std::optional<std::string> SystemUuid(const std::string& root) {
   if (Exists(root + kDmi)) return OnlyRealUuid(ReadValue(root + kDmi + "/product_uuid"));
-  // Texts of the device tree end in a zero byte, which is not a part of them.
+  // Texts of the device tree are zero-terminated.
   auto serial = ReadValue(root + "/sys/firmware/devicetree/base/serial-number");
   if (serial) serial->erase(std::min(serial->size(), serial->find('\0')));
   return OnlyRealUuid(serial);
 }
 
-// Where a path ends up behind its symbolic links, seen from `root`.
+// The path after following all symbolic links, relative to `root`.
 std::string Resolve(const std::string& root, const std::string& path) {
   const std::string folder = root.empty() ? "" : ResolvedPath(root).value_or("");
   const std::string resolved = ResolvedPath(root + path).value_or("");
@@ -91,7 +91,7 @@ class LinuxHardware final : public Hardware {
     return adapters;
   }
 
-  // By their places on the bus.
+  // Sorted by position on the bus.
   std::vector<PciNetworkDevice> PciNetworkDevices() override {
     std::multimap<PciAddress, PciNetworkDevice> devices;
     for (const LinuxInterface& found : interfaces_) {
@@ -115,7 +115,7 @@ class LinuxHardware final : public Hardware {
     rows[0].emplace(property, ToValue(value));
   }
 
-  // A class of adapters has a row if one of them `suits`.
+  // A class of adapters has one row, if any adapter `suits`.
   template <typename Suits>
   void SetFirstAddress(const std::wstring& class_text, Suits suits) {
     const auto found = std::find_if(interfaces_.begin(), interfaces_.end(), suits);

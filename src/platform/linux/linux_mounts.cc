@@ -10,7 +10,7 @@
 namespace system_info {
 namespace {
 
-// Takes what stands before the first `separator` from the front of `text`.
+// Takes the part before the first `separator` from `text`.
 std::string_view TakeUpTo(char separator, std::string_view& text) {
   const std::string_view taken = text.substr(0, text.find(separator));
   text.remove_prefix(std::min(text.size(), taken.size() + 1));
@@ -44,7 +44,7 @@ bool IsKeptInMemory(std::string_view type) {
   return type == "tmpfs" || type == "ramfs" || type == "rootfs";
 }
 
-// The folder in which an overlay keeps its changes.
+// The folder in which an overlay stores its changes.
 std::optional<std::string> UpperFolder(const Mount& mount) {
   const std::string key = ",upperdir=";
   const std::string options = "," + std::string(mount.options);
@@ -68,7 +68,7 @@ LinuxMounts::LinuxMounts(const std::string& root, const FileSystem& at_root)
 const Mount* LinuxMounts::Holding(const std::string& path) const {
   const Mount* holding = nullptr;
   for (const Mount& mount : mounts_) {
-    // Of two mounts at one place the later one covers the earlier.
+    // Of two mounts at one path, the later one covers the earlier.
     const bool closer = holding == nullptr || mount.point.size() >= holding->point.size();
     if (closer && Holds(mount.point, path)) holding = &mount;
   }
@@ -79,7 +79,7 @@ bool LinuxMounts::IsVolatile(const std::string& path) const {
   const Mount* mount = Holding(path);
   if (mount == nullptr) return root_is_in_memory_;
   if (const auto upper = UpperFolder(*mount)) {
-    // The path is that of whoever mounted the overlay; inside a container it leads nowhere.
+    // The path is valid where the overlay was mounted; inside a container it leads nowhere.
     const Mount* below = Holding(*upper);
     return Exists(root_ + *upper) && below != nullptr && IsKeptInMemory(below->type);
   }

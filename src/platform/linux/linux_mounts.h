@@ -12,7 +12,7 @@
 
 namespace system_info {
 
-// All texts belong to the list of mounts.
+// All texts point into the list of mounts.
 struct Mount {
   std::string_view device;  // "major:minor"
   std::string_view point;
@@ -21,18 +21,18 @@ struct Mount {
   std::string_view options;  // Of the file system, separated by commas.
 };
 
-// A snapshot of the mounts that the process below `root` sees. What none of them holds, as in a
-// chroot, is on the file system at the root.
+// A snapshot of the mounts that the process below `root` sees. A path outside of all of them, as in
+// a chroot, is on the file system at the root.
 class LinuxMounts {
  public:
   LinuxMounts(const std::string& root, const FileSystem& at_root);
   LinuxMounts(const LinuxMounts&) = delete;
   LinuxMounts& operator=(const LinuxMounts&) = delete;
 
-  // The mount that holds `path`, or null if nothing is known of it.
+  // The mount that holds `path`, or null if it is unknown.
   const Mount* Holding(const std::string& path) const;
 
-  // True if what stands at `path` is lost with the next boot.
+  // True if files at `path` are lost at the next boot.
   bool IsVolatile(const std::string& path) const;
 
  private:

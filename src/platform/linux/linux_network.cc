@@ -29,7 +29,7 @@ std::optional<MacAddress> ParseAddress(const std::string& text) {
   return address;
 }
 
-// The place on the PCI bus of a device or, as with virtio, of the device that it is a part of.
+// The PCI position of a device or, as with virtio, of its parent device.
 std::optional<PciAddress> FindPciAddress(const std::string& device) {
   for (const std::string& folder : {device, device.substr(0, device.rfind('/'))}) {
     if (LinkedName(folder + "/subsystem") != "pci") continue;
@@ -44,7 +44,7 @@ std::optional<PciAddress> FindPciAddress(const std::string& device) {
   return std::nullopt;
 }
 
-// What the kernel says of its interfaces in a folder for each. None if a file of it is missing.
+// An interface as described in its folder in /sys. None if a file is missing.
 std::optional<ListedInterface> ReadInterface(const std::string& root, const std::string& name) {
   const std::string folder = root + kInterfaces + name;
   const auto address = ReadValue(folder + "/address");
@@ -59,23 +59,23 @@ std::optional<ListedInterface> ReadInterface(const std::string& root, const std:
   return found;
 }
 
-// True for an interface whose address could be one that stays.
+// True for an interface whose address can be permanent.
 bool IsCandidate(const ListedInterface& listed) {
   return listed.address && (listed.flags & kFlagLoopback) == 0;
 }
 
-// Where the kernel says how interfaces came by their addresses.
+// The folders in which the kernel reports the origin of addresses.
 struct OriginFolders {
   explicit OriginFolders(const std::string& root)
       : without_device(OpenToRead(root + "/sys/devices/virtual/net", O_DIRECTORY)),
         all(OpenToRead(root + kInterfaces, O_DIRECTORY)) {}
 
-  // Those without a device are many, and the way to them over `all` leads through a link for each.
+  // Interfaces without a device can be many, and reaching them through `all` takes a link for each.
   Descriptor without_device;
   Descriptor all;
 };
 
-// True unless the kernel generated the address at random or does not tell.
+// True unless the kernel generated the address at random or does not report its origin.
 bool AddressInUseStays(const std::string& name, const OriginFolders& folders) {
   const std::string file = name + "/addr_assign_type";
   auto origin = ReadNumber(file, folders.without_device.get());
@@ -121,7 +121,7 @@ std::vector<LinuxInterface> LastingInterfacesOf(const std::string& root,
   return interfaces;
 }
 
-// Those that have a folder and are not among the `known` ones.
+// The interfaces that have a folder and are not among the `known` ones.
 InterfaceList ListInterfacesInFolders(const std::string& root, const InterfaceList& known) {
   std::set<std::string_view> names;
   for (const ListedInterface& listed : known.interfaces) names.insert(listed.name);

@@ -1,4 +1,4 @@
-// The network interfaces of a Linux system that can stand for the machine.
+// The network interfaces of a Linux system that can identify the machine.
 
 #ifndef DEVICEID_PLATFORM_LINUX_LINUX_NETWORK_H_
 #define DEVICEID_PLATFORM_LINUX_LINUX_NETWORK_H_
@@ -26,12 +26,12 @@ struct LinuxInterface {
   std::optional<PciAddress> pci_address;
 };
 
-// All interfaces with a six-byte address that stays, loopback left out, by index.
+// All interfaces with a permanent six-byte address, sorted by index, without loopback.
 //
-// The address is the permanent one of an interface that has such, whatever address it uses now.
-// That of any other interface is the one in use, unless the kernel generated it at random. Devices
-// and origins of addresses stand below `root`, and so do the interfaces where the kernel does not
-// list them for this process.
+// The address is the permanent one, whatever address is in use, if the interface has one. Otherwise
+// it is the address in use, unless the kernel generated it at random. Devices and origins of
+// addresses are read below `root`, and so are the interfaces if the kernel does not list them for
+// this process.
 std::vector<LinuxInterface> ListInterfaces(const std::string& root, const KernelAnswers& kernel);
 
 }  // namespace system_info

@@ -34,7 +34,7 @@ std::string DeviceName(const std::string& root, const Mount& mount) {
   return LinkedName(root + source).value_or(LastName(source));
 }
 
-// Each device of a file system is listed below its UUID, whichever of them was mounted.
+// All devices of a file system are listed below its UUID, whichever was mounted.
 std::optional<std::string> UuidOfBtrfs(const std::string& root, const std::string& device) {
   const std::string folder = root + "/sys/fs/btrfs/";
   for (const std::string& uuid : NamesIn(folder)) {
@@ -43,7 +43,7 @@ std::optional<std::string> UuidOfBtrfs(const std::string& root, const std::strin
   return std::nullopt;
 }
 
-// What stands behind `key` in a line of its own.
+// The rest of the line that begins with `key`.
 std::optional<std::string> ValueOf(std::string_view key, std::string_view lines) {
   while (!lines.empty()) {
     const std::string_view line = lines.substr(0, lines.find('\n'));
@@ -53,14 +53,14 @@ std::optional<std::string> ValueOf(std::string_view key, std::string_view lines)
   return std::nullopt;
 }
 
-// What udev found on the device, also where a link of that name leads to another device.
+// The UUID that udev found on the device, even if the link of that name leads to another device.
 std::optional<std::string> UuidByUdev(const std::string& root, const Mount& mount,
                                       const std::string& device) {
   std::optional<std::string> number(mount.device);
   if (!HasNumberOfDevice(mount)) number = ReadValue(root + "/sys/class/block/" + device + "/dev");
   if (!number) return std::nullopt;
   const std::string found = ReadValue(root + "/run/udev/data/b" + *number).value_or("");
-  // The encoded form is the one that links are named by.
+  // Links are named by the encoded form.
   auto uuid = ValueOf("E:ID_FS_UUID_ENC=", found);
   return uuid ? uuid : ValueOf("E:ID_FS_UUID=", found);
 }
@@ -73,7 +73,7 @@ std::optional<std::string> UuidByLink(const std::string& root, const std::string
   return std::nullopt;
 }
 
-// A link leads to one device of those that have a UUID in common, and not always to the same one.
+// If several devices share a UUID, its link leads to any one of them, not always the same.
 std::optional<std::string> UuidOfDevice(const std::string& root, const Mount& mount) {
   const std::string device = DeviceName(root, mount);
   if (device.empty()) return std::nullopt;

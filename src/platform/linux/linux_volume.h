@@ -11,8 +11,8 @@
 
 namespace system_info {
 
-// None for a file system without one, and for one that is made anew at each boot. `at_root` is what
-// the kernel says of the file system.
+// None for a file system that has no UUID or is created at each boot. `at_root` has the kernel's
+// facts about the file system.
 std::optional<std::string> RootVolume(const std::string& root, const LinuxMounts& mounts,
                                       const FileSystem& at_root);
 

@@ -1,9 +1,9 @@
 // The computer behind the layer.
 //
-// The layer turns the answers of one Machine into the calls, codes and objects of the platform
-// door. Files are real files in either case; a machine only names the folders above them. A machine
-// is asked from every thread that calls into the library, so its answers must not depend on one.
-// What one look at its hardware found belongs to the thread that looked.
+// The layer turns the answers of one Machine into the calls, codes and objects of the Windows API.
+// Files are always real files; a machine only names their parent folders. Every thread that calls
+// the library asks the machine, so its answers must not depend on the thread. A hardware snapshot
+// belongs to the thread that took it.
 
 #ifndef DEVICEID_PLATFORM_LINUX_MACHINE_H_
 #define DEVICEID_PLATFORM_LINUX_MACHINE_H_
@@ -20,7 +20,7 @@
 
 namespace system_info {
 
-// A value whose type in its class is not that of the value itself.
+// A value whose type differs from the type that its class declares.
 struct MistypedValue {
   std::variant<std::wstring, std::int32_t> value;
 
@@ -30,7 +30,7 @@ struct MistypedValue {
 // A property of a WMI row: null, a text, or a number.
 using WmiValue = std::variant<std::monostate, std::wstring, std::int32_t, MistypedValue>;
 
-// From property name to value. A property without an entry does not exist in the class.
+// Maps property names to values. A property without an entry does not exist in the class.
 using WmiRow = std::map<std::wstring, WmiValue>;
 
 struct NetworkAdapter {
@@ -47,8 +47,8 @@ struct PciNetworkDevice {
   std::optional<std::string> description;
 };
 
-// The calls that a machine may make fail. Not part of the real computer's answers: there, what
-// fails is what the system refuses.
+// The calls that a scripted machine can make fail. On the real computer only the system makes calls
+// fail.
 enum class PlatformCall {
   kCoInitializeEx,       // HRESULT
   kCoCreateInstance,     // HRESULT
@@ -65,13 +65,13 @@ enum class PlatformCall {
   kReadFile,             // error code; about the path
   kWriteFile,            // error code; about the path
   kWriteStream,          // any
-  kWriteFileShort,       // the number of bytes that are written all the same; about the path
+  kWriteFileShort,       // the number of bytes that are still written; about the path
   kDeleteFile,           // error code; about the path
   kCreateDirectory,      // error code; about the path
   kLocalTime,            // error code
 };
 
-// What one look at the hardware found.
+// A snapshot of the hardware.
 class Hardware {
  public:
   Hardware() = default;
@@ -82,7 +82,7 @@ class Hardware {
   // The rows that "SELECT property FROM class_text" finds, each with all properties of its class.
   virtual std::vector<WmiRow> QueryWmi(const std::wstring& class_text) = 0;
 
-  // In the order in which the system lists them.
+  // The adapters in the system's order.
   virtual std::vector<NetworkAdapter> NetworkAdapters() = 0;
   virtual std::vector<PciNetworkDevice> PciNetworkDevices() = 0;
 };
@@ -94,41 +94,41 @@ class Machine {
   Machine& operator=(const Machine&) = delete;
   virtual ~Machine() = default;
 
-  // Throws if the hardware cannot be looked at now, for lack of descriptors or memory.
+  // Throws if the hardware cannot be read now, for lack of descriptors or memory.
   virtual std::unique_ptr<Hardware> LookAtHardware() = 0;
 
   // The folder whose first character names the system drive.
   virtual std::wstring WindowsFolder() = 0;
 
-  // The folders above those of the system, without a separator at the end. None if there is none.
+  // The parents of the library's folders, without a trailing separator. None if there is none.
   virtual std::optional<std::string> CommonRoot() = 0;
   virtual std::optional<std::string> UserRoot() = 0;
 
   // 100-nanosecond ticks since 1 January 1970 00:00:00 UTC.
   virtual std::int64_t PresentTicks() = 0;
 
-  // Asked as a platform call begins. A value makes the call fail with it.
+  // Called at the start of a platform call. If there is a value, the call fails with it.
   virtual std::optional<std::uint32_t> FailureOf(PlatformCall /*call*/,
                                                  std::string_view /*subject*/) {
     return std::nullopt;
   }
 };
 
-// The machine that the layer asks: the real computer, unless a test put another one in its place.
+// The machine that the layer uses: the real computer, unless a test replaced it.
 Machine& PresentMachine();
 
-// Puts `machine` in place of the present one, or the real computer if it is null, and returns what
-// was in its place. Not to be called while a call of the library runs.
+// Replaces the machine by `machine`, or by the real computer if that is null, and returns the
+// previous one. Do not call this during a call of the library.
 Machine* SetPresentMachine(Machine* machine);
 
-// What the layer has handed out and not got back, in this process.
+// The objects of this process that the layer returned and the caller has not released.
 struct LiveObjects {
   int com_objects = 0;
   int com_strings = 0;
   int handles = 0;
   int apartment_entries = 0;
   int looks_at_hardware = 0;
-  // Objects that were still alive when their thread left COM for good. Never goes down.
+  // Objects that were still alive when their thread left COM for good. Never decreases.
   int objects_after_com = 0;
 
   friend bool operator==(const LiveObjects&, const LiveObjects&) = default;

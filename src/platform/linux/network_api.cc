@@ -26,10 +26,10 @@ namespace {
 constexpr GUID kNetworkClass = {
     0x4d36e972, 0xe325, 0x11ce, {0xbf, 0xc1, 0x08, 0x00, 0x2b, 0xe1, 0x03, 0x18}};
 
-// The size of the one buffer that the library uses for the texts of devices.
+// Size of the buffer for device names.
 constexpr DWORD kDeviceTextSize = 260;
 
-// The size that the last call on this thread found missing.
+// The size that this thread's last call required.
 thread_local ULONG size_asked_for = 0;
 
 struct RegistryKey {

@@ -1,6 +1,5 @@
 // The adapter list, the present PCI network devices and their registry keys, for systems without
-// the SDK. As far as the library calls them: any other argument than those that it is meant to pass
-// gets a failure.
+// the SDK. Only the library's own arguments are accepted; any other fails.
 
 #ifndef DEVICEID_PLATFORM_LINUX_NETWORK_API_H_
 #define DEVICEID_PLATFORM_LINUX_NETWORK_API_H_
@@ -22,8 +21,8 @@ struct alignas(8) IP_ADAPTER_INFO {
 };
 static_assert(sizeof(IP_ADAPTER_INFO) == IP_ADAPTER_INFO::kSize);
 
-// Fills the buffer with a chain of records. Gives ERROR_BUFFER_OVERFLOW, and in `size` the bytes
-// needed, if it is too small, and ERROR_NO_DATA if there is no adapter.
+// Fills the buffer with a chain of records. Returns ERROR_BUFFER_OVERFLOW, and the required bytes
+// in `size`, if the buffer is too small, and ERROR_NO_DATA if there is no adapter.
 DWORD GetAdaptersInfo(IP_ADAPTER_INFO* buffer, ULONG* size);
 
 using HDEVINFO = void*;

@@ -16,7 +16,7 @@
 namespace system_info {
 namespace {
 
-// How often a list that changes while the kernel writes it is asked for anew.
+// How often to repeat the request for a list that changes while the kernel writes it.
 constexpr int kAttempts = 10;
 
 template <typename Header>
@@ -33,8 +33,8 @@ std::optional<Value> FirstOf(std::string_view bytes) {
   return value;
 }
 
-// Takes the first piece from the front of `bytes`: a header, whose member `length` counts itself,
-// and what it heads, filled up to a multiple of four bytes.
+// Takes the first item from `bytes`: a header, whose member `length` includes the header, and its
+// body, padded to a multiple of four bytes.
 template <typename Header, typename Length>
 std::optional<Piece<Header>> TakePiece(std::string_view& bytes, Length Header::*length) {
   const auto header = FirstOf<Header>(bytes);
@@ -85,7 +85,7 @@ class DumpReader {
   Progress progress_ = Progress::kRefused;
 };
 
-// What `take` makes of the messages of type `answer` in the first dump that is complete.
+// The result of `take` for the messages of type `answer` in the first complete dump.
 template <typename Result, typename Take>
 std::optional<Result> AskUntilComplete(const KernelAnswers& kernel, std::uint16_t question,
                                        std::uint16_t answer, Take take) {
@@ -116,7 +116,8 @@ void TakeInterface(InterfaceList& list, std::string_view body) {
     if (type == IFLA_IFNAME) found.name = attribute->body.substr(0, attribute->body.find('\0'));
     if (type == IFLA_ADDRESS) found.address = AddressIn(attribute->body);
     if (type == IFLA_PERM_ADDRESS) found.permanent_address = AddressIn(attribute->body);
-    // An interface without a permanent address still tells by later attributes that there are such.
+    // Later attributes show that the kernel reports permanent addresses, even for an interface
+    // without one.
     if (type >= IFLA_PERM_ADDRESS) list.has_permanent_addresses = true;
   }
   list.interfaces.push_back(std::move(found));

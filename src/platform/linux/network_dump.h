@@ -22,11 +22,11 @@ struct ListedInterface {
 
 struct InterfaceList {
   std::vector<ListedInterface> interfaces;
-  // False for kernels that leave permanent addresses out.
+  // False for kernels that do not report permanent addresses.
   bool has_permanent_addresses = false;
 };
 
-// Both ask the kernel. None if it does not answer this process in full.
+// Both query the kernel. None if it does not give this process a complete answer.
 std::optional<InterfaceList> ListInterfacesOfKernel(const KernelAnswers& kernel);
 std::optional<std::vector<long>> ListIndexesWithIpAddress(const KernelAnswers& kernel);
 

@@ -1,9 +1,9 @@
 // The one rule for a process or a system that has run out of descriptors, memory or locks: a value
 // that cannot be read now must not count as missing.
 //
-// Windows never fails in that way where the library asks for a file or a value, so no failure code
-// of the platform door says it. A call that meets such an error ends by an exception: the host can
-// ask again, while an id that was given up because a value seemed to be missing is lost for good.
+// The Windows calls for a file or a value never fail in that way, so they have no failure code for
+// it. A call that meets such an error ends with an exception: the host can call again, while an id
+// that was replaced because a value seemed to be missing is lost for good.
 
 #ifndef DEVICEID_PLATFORM_LINUX_OUT_OF_RESOURCES_H_
 #define DEVICEID_PLATFORM_LINUX_OUT_OF_RESOURCES_H_

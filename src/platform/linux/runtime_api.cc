@@ -25,11 +25,11 @@ constexpr UINT kWindowsFolderSize = 50;
 
 constexpr std::size_t kFailed = static_cast<std::size_t>(-1);
 
-// By its encoding, since a thread can have a locale of its own.
+// Checks the encoding, since a thread can have its own locale.
 bool InDefaultLocale() { return std::string_view(nl_langinfo(CODESET)) == "ANSI_X3.4-1968"; }
 
-// Converts up to and with the terminator, element by element, as long as `size` allows. `convert`
-// says whether an element has a form.
+// Converts up to and including the terminator, element by element, within `size`. `convert` returns
+// false for an element that cannot be converted.
 template <typename To, typename From, typename HasForm>
 std::size_t ConvertOneToOne(To* destination, const From** source, std::size_t size,
                             HasForm has_form) {
@@ -48,7 +48,7 @@ std::size_t ConvertOneToOne(To* destination, const From** source, std::size_t si
   return size;
 }
 
-// Looks at the limit before each character only, as the runtime library of Windows does.
+// Checks the limit only before each character, as the runtime library of Windows does.
 std::size_t ConvertByCharacter(char* destination, const wchar_t** source, std::size_t size,
                                std::mbstate_t* state) {
   std::size_t count = 0;

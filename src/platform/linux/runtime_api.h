@@ -1,5 +1,4 @@
-// The platform door's clock, local time and restartable text conversions, for systems without the
-// SDK.
+// Clock, local time and restartable text conversions, for systems without the SDK.
 
 #ifndef DEVICEID_PLATFORM_LINUX_RUNTIME_API_H_
 #define DEVICEID_PLATFORM_LINUX_RUNTIME_API_H_
@@ -25,7 +24,7 @@ using __time64_t = std::int64_t;
 // Seconds since 1 January 1970 UTC. `time` must be null.
 __time64_t _time64(__time64_t* time);
 
-// Gives 0, or an error code if the time has no local form.
+// Returns 0, or an error code if the time cannot be converted.
 int _localtime64_s(std::tm* local, const __time64_t* time);
 
 // NOLINTEND(bugprone-reserved-identifier)
@@ -38,7 +37,7 @@ namespace system_info {
 
 // The conversions of the runtime library of Windows. In the default locale they map one to one up
 // to 255, which the C library here does not; in any other locale they are those of the C library,
-// but for the limit of the first, beyond which its last character may reach.
+// except that the last character of the first may extend beyond its limit.
 std::size_t wcsrtombs(char* destination, const wchar_t** source, std::size_t size,
                       std::mbstate_t* state);
 std::size_t mbsrtowcs(wchar_t* destination, const char** source, std::size_t size,

@@ -9,7 +9,7 @@
 namespace system_info {
 
 SharedLibrary::SharedLibrary(const std::filesystem::path& path)
-    // With a separator in it the path is taken as it is and not searched for.
+    // A path with a separator is not searched for.
     : path_(ToUtf8(path)), library_(dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW)) {
   if (library_ == nullptr) throw std::runtime_error(dlerror());
 }

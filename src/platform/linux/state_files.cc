@@ -18,19 +18,18 @@
 namespace system_info {
 namespace {
 
-// Never writable for everybody, whatever the mask of the process and the default ACL of the folder
-// allow.
+// Never writable for everybody, whatever the umask and the default ACL of the folder allow.
 constexpr mode_t kFileMode = 0664;
 constexpr mode_t kFolderMode = 0775;
 
-// As many links as the kernel follows in one path.
+// The number of links that the kernel follows in one path.
 constexpr int kMaxLinks = 40;
 
-// How often an operation is tried again because the file was exchanged under it.
+// How often to retry an operation after the file was exchanged.
 constexpr int kAttempts = 100;
 
-// The signal that tells of a broken lease. It is ignored unless the host handles it, where the
-// signal that the kernel would send by itself ends the process.
+// The signal for a broken lease. It is ignored unless the host handles it; the kernel's default
+// signal (SIGIO) would end the process.
 constexpr int kLeaseSignal = SIGURG;
 
 // Local file systems on which a refused lease means that somebody has the file open. Network file
@@ -65,7 +64,7 @@ std::optional<std::string> TrustedTarget(const std::string& path) {
   return text.starts_with('/') ? text : path.substr(0, path.rfind('/') + 1) + text;
 }
 
-// Opens the file at `path` or behind the trusted links that lead from there.
+// Opens the file at `path`, through trusted links only.
 Descriptor OpenTrusted(std::string path, int flags) {
   for (int links = 0; links < kMaxLinks; ++links) {
     const Location location(path);
@@ -81,8 +80,8 @@ Descriptor OpenTrusted(std::string path, int flags) {
   return Descriptor(-1);
 }
 
-// A missing file is made in a second step: some systems refuse to open another user's file, even to
-// read it, where it might have been made.
+// A missing file is made in a second step: some systems refuse O_CREAT for another user's existing
+// file, even to read it.
 Descriptor OpenRegular(const std::string& path, int flags, Missing missing) {
   flags |= O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
   Descriptor file = OpenTrusted(path, flags);
@@ -116,20 +115,20 @@ bool IsLocal(int descriptor) {
          std::find(kWithLeases.begin(), kWithLeases.end(), status.f_type) != kWithLeases.end();
 }
 
-// A lock belongs to the open file, not to the process. To hold one that keeps others from reading,
-// an account needs the right to write.
+// A lock belongs to the open file, not to the process. A lock that excludes readers needs the right
+// to write.
 bool Lock(int descriptor, short type) {
   struct flock lock = {};
   lock.l_type = type;
   lock.l_whence = SEEK_SET;
   if (RepeatInterrupted([&] { return fcntl(descriptor, F_OFD_SETLK, &lock); }) == 0) return true;
   if (errno == EACCES) errno = EWOULDBLOCK;
-  // Some network file systems say so of every lock.
+  // Some network file systems report this for every lock.
   if (errno == ENOLCK && !IsLocal(descriptor)) return true;
   return errno != EWOULDBLOCK && errno != ENOLCK && errno != ENOMEM;
 }
 
-// True if nobody else holds a lock. For a file that may only be read, and so cannot be locked
+// True if nobody else holds a lock. For a file that this account may only read, and so cannot lock
 // against readers.
 bool IsUnlocked(int descriptor) {
   struct flock lock = {};
@@ -140,8 +139,8 @@ bool IsUnlocked(int descriptor) {
   return false;
 }
 
-// A lease on an open file: the kernel grants it if nobody else has the file open, and holds back
-// whoever opens it meanwhile.
+// A lease on an open file: the kernel grants it if nobody else has the file open, and blocks later
+// opens.
 class Lease {
  public:
   explicit Lease(int descriptor) : descriptor_(descriptor) {
@@ -159,7 +158,7 @@ class Lease {
     errno = error;
   }
 
-  // True if somebody else has the file open. False also where there are no leases.
+  // True if somebody else has the file open. False also if there are no leases.
   bool refused() const { return refused_; }
 
  private:
@@ -168,7 +167,7 @@ class Lease {
   bool refused_ = false;
 };
 
-// Opens a file to be deleted and keeps others from it as far as this user's rights allow.
+// Opens a file to be deleted and locks it as far as this user's rights allow.
 StateFile OpenToDelete(const std::string& path) {
   StateFile file(OpenRegular(path, O_RDWR, Missing::kFails));
   if (file.valid()) return Lock(file.get(), F_WRLCK) ? std::move(file) : StateFile();
@@ -183,8 +182,8 @@ bool Unlink(const std::string& path) {
   return location.valid() && unlinkat(location.folder(), location.name(), 0) == 0;
 }
 
-// Makes one of the two folders above those of the library, and no other. What is found in that of a
-// user is nobody else's business.
+// Makes one of the two parents of the library's folders, and no other folder. The user's parent is
+// private to the user.
 bool MakeMissingRoot(const std::string& folder) {
   constexpr mode_t kCommonMode = 0755;
   constexpr mode_t kUserMode = 0700;

@@ -1,11 +1,11 @@
-// The files that the library keeps on Linux, with what Windows promises of open files.
+// The library's files on Linux, with the guarantees of Windows for open files.
 //
-// A state file is a regular file. Anything else in its place is refused without waiting for it, and
-// so is a symbolic link that belongs neither to root nor to this user: the common folder may be one
-// in which other accounts can write.
+// A state file is a regular file. Any other kind is refused without waiting for it, and so is a
+// symbolic link that belongs neither to root nor to this user: other accounts may have write access
+// to the common folder.
 //
-// All functions leave errno for the caller on failure. None of them asks whether it means that the
-// process is out of resources.
+// All functions leave errno for the caller on failure. The caller checks whether the process is out
+// of resources.
 
 #ifndef DEVICEID_PLATFORM_LINUX_STATE_FILES_H_
 #define DEVICEID_PLATFORM_LINUX_STATE_FILES_H_
@@ -18,14 +18,14 @@ namespace system_info {
 
 enum class Access { kRead, kWrite };
 
-// Whom an open file is shared with, among the users of these functions, in this process and in
-// others. A file system without locks shares freely.
+// The share mode of an open file among the users of these functions, in all processes. A file
+// system without locks shares freely.
 enum class Sharing { kEverybody, kReaders, kNobody };
 
-// What happens to a file that is missing.
+// The handling of a missing file.
 enum class Missing { kFails, kIsMade };
 
-// An open file with its share mode, which is given up with its scope.
+// An open file with its share mode; both end with its scope.
 class StateFile {
  public:
   StateFile() : descriptor_(-1) {}
@@ -44,7 +44,7 @@ class StateFile {
   Descriptor descriptor_;
 };
 
-// Invalid on failure; EWOULDBLOCK means that the share mode of somebody else forbids it.
+// Invalid on failure; EWOULDBLOCK means that somebody else's share mode forbids the open.
 StateFile OpenStateFile(const std::string& path, Access access, Sharing sharing, Missing missing);
 
 // Deletes a file that nobody has open. EWOULDBLOCK means that somebody has.
@@ -54,8 +54,7 @@ StateFile OpenStateFile(const std::string& path, Access access, Sharing sharing,
 // seen.
 bool DeleteStateFile(const std::string& path);
 
-// Makes one folder, below what CommonRoot or UserRoot of the machine names also with all that is
-// missing above it.
+// Makes one folder. In the machine's CommonRoot or UserRoot it also makes all missing parents.
 bool MakeStateFolder(const std::string& path);
 
 }  // namespace system_info

@@ -36,7 +36,7 @@ std::string ValueOf(std::string_view text, std::string_view name, char separator
 }
 
 std::string ContainerKind() {
-  // Managers of containers and systemd tell each other by these.
+  // Systemd and container managers report the kind of container here.
   if (const auto kind = ReadValue("/run/systemd/container")) return *kind;
   std::string told = ValueOf(ReadValue("/proc/1/environ").value_or(""), "container=", '\0');
   if (!told.empty()) return told;

@@ -39,7 +39,7 @@ std::optional<std::string> ReadValue(const std::string& path, int folder) {
 
 std::optional<long> ReadNumber(const std::string& path, int folder) {
   const Descriptor file = OpenToRead(path, 0, folder);
-  // With a line end and a terminator behind it. One read gives all of so small a file.
+  // Includes a line end and a terminator. One read returns the whole of such a small file.
   std::array<char, 32> text = {};
   const ssize_t size =
       RepeatInterrupted([&] { return read(file.get(), text.data(), text.size() - 1); });
@@ -70,7 +70,7 @@ std::optional<std::string> LinkedName(const std::string& path) {
 std::optional<std::string> ResolvedPath(const std::string& path) {
   const Descriptor found = OpenToRead(path, O_PATH);
   if (!found.valid()) return std::nullopt;
-  // The kernel knows it at once. Without /proc it has to be asked link by link.
+  // The kernel resolves it in one call. Without /proc it is resolved link by link.
   if (auto resolved = LinkTarget("/proc/self/fd/" + std::to_string(found.get()))) return resolved;
   std::array<char, PATH_MAX> resolved;
   if (realpath(path.c_str(), resolved.data()) != nullptr) return resolved.data();

@@ -1,7 +1,7 @@
-// Values in small files, as the kernel and the system keep them.
+// Values in small files of the kernel and the system.
 //
-// What cannot be read is missing, with one exception: all functions throw if the process or the
-// system is out of resources, since the value may well be there then.
+// A value that cannot be read counts as missing, with one exception: all functions throw if the
+// process or the system is out of resources, since the value may exist then.
 
 #ifndef DEVICEID_PLATFORM_LINUX_VALUE_FILES_H_
 #define DEVICEID_PLATFORM_LINUX_VALUE_FILES_H_
@@ -20,27 +20,27 @@ namespace system_info {
 // `folder`.
 Descriptor OpenToRead(const std::string& path, int flags = 0, int folder = AT_FDCWD);
 
-// What the file holds, without one line end at its end. None if it cannot be read.
+// The content of the file without its last line end. None if it cannot be read.
 std::optional<std::string> ReadValue(const std::string& path, int folder = AT_FDCWD);
 
-// A whole number in base 10, or in base 16 with a leading "0x". None if the file holds none.
+// A whole number in base 10, or in base 16 with a leading "0x". None if the file has no number.
 std::optional<long> ReadNumber(const std::string& path, int folder = AT_FDCWD);
 
 // The last name in the target of a symbolic link. None if there is no such link.
 std::optional<std::string> LinkedName(const std::string& path);
 
-// Where a path ends up behind all symbolic links. None if there is nothing.
+// The path after following all symbolic links. None if it does not exist.
 std::optional<std::string> ResolvedPath(const std::string& path);
 
 bool Exists(const std::string& path);
 
-// The names in a folder, in no order. Empty if it cannot be read.
+// The names in a folder, unsorted. Empty if it cannot be read.
 std::vector<std::string> NamesIn(const std::string& folder);
 
-// What follows the last separator.
+// The part after the last separator.
 std::string LastName(const std::string& path);
 
-// `uuid`, or none if nothing is left of it without dashes and zeros.
+// `uuid`, or none if it has only dashes and zeros.
 std::optional<std::string> OnlyRealUuid(std::optional<std::string> uuid);
 
 }  // namespace system_info

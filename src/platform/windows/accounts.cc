@@ -51,7 +51,7 @@ Account PresentAccount() {
   return {ToUtf8(std::wstring(name.data())), RunsAsAdministrator()};
 }
 
-// WMI gives them to every account.
+// Every account can read them through WMI.
 PrivilegedValues FindPrivilegedValues() { return {}; }
 
 std::vector<UserRoot> OtherUserRoots() {

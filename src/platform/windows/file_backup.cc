@@ -20,16 +20,16 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-// Folders as well, and a link itself.
+// Also opens folders, and links themselves.
 constexpr DWORD kAnyKind = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT;
 constexpr SECURITY_INFORMATION kSecurity =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
-// Those that a file can be given.
+// The attributes that can be set.
 constexpr DWORD kAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
                               FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
                               FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
 
-// A host has a file open for much less.
+// Hosts open a file for much shorter.
 constexpr int kAttempts = 100;
 constexpr DWORD kPause = 20;
 
@@ -51,7 +51,7 @@ FILETIME ParseTime(const std::string& text) {
   return {static_cast<DWORD>(ticks & 0xffffffff), static_cast<DWORD>(ticks >> 32)};
 }
 
-// A descriptor as text, which is what the system calls SDDL.
+// A security descriptor as text (SDDL).
 std::string SecurityOf(const fs::path& path) {
   PSECURITY_DESCRIPTOR descriptor = nullptr;
   std::wstring name = path.wstring();
@@ -68,7 +68,7 @@ std::string SecurityOf(const fs::path& path) {
   return security;
 }
 
-// Administrators may give a file to somebody else once they have said so.
+// Administrators may change the owner of a file after enabling the privilege.
 void AllowAnyOwner() {
   HANDLE token = nullptr;
   if (OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, &token) == 0) {
@@ -135,7 +135,7 @@ std::string OwnerOf(const fs::path& path) {
   return sid;
 }
 
-// Nobody else has the file open from here on.
+// From here on nobody else has the file open.
 HANDLE OpenAlone(const fs::path& path) {
   for (int attempt = 0;; ++attempt) {
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
@@ -191,7 +191,7 @@ void WriteDurably(const fs::path& path, const std::string& bytes) {
   BY_HANDLE_FILE_INFORMATION data = {};
   Check(GetFileInformationByHandle(file.get(), &data), path);
   constexpr DWORD kOther = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY;
-  // A second name could be that of a file somewhere else.
+  // A second hard link could be a file somewhere else.
   if ((data.dwFileAttributes & kOther) != 0 || data.nNumberOfLinks > 1) {
     Fail(ERROR_TOO_MANY_LINKS, path);
   }
@@ -203,10 +203,10 @@ void WriteDurably(const fs::path& path, const std::string& bytes) {
   Check(FlushFileBuffers(file.get()), path);
 }
 
-// The system keeps the names in order by itself.
+// The file system journals names by itself.
 void SyncFolder(const fs::path& /*folder*/) {}
 
-// Its parent is the account's own, and what it gives to be inherited is meant for this account.
+// The parent belongs to the account, so its inherited rights are those of this account.
 void MakePrivateFolder(const fs::path& path) {
   Check(CreateDirectoryW(path.c_str(), nullptr), path);
 }
@@ -224,7 +224,7 @@ MachineLock::MachineLock(const fs::path& /*folder*/) {
   const HANDLE mutex = CreateMutexW(nullptr, TRUE, L"Global\\deviceid-repair");
   const DWORD error = GetLastError();
   handle_ = reinterpret_cast<std::intptr_t>(mutex);
-  // One of another account cannot even be opened.
+  // The lock of another account cannot even be opened.
   held_ = mutex != nullptr && error != ERROR_ALREADY_EXISTS;
 }
 

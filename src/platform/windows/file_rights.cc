@@ -12,15 +12,15 @@ namespace {
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// More than any file that the library made has, so that one look opens a file once.
+// Larger than any file of the library, so that one open reads a whole file.
 constexpr std::size_t kStart = 1U << 16;
 
-// What the system asks for a file that is opened with GENERIC_WRITE.
+// The rights that GENERIC_WRITE requests for a file.
 constexpr DWORD kToWrite = FILE_GENERIC_WRITE;
 
 std::wstring Wide(const std::string& path) { return FromUtf8(path).wstring(); }
 
-// Who acts in this thread, in the form in which the system checks rights.
+// The impersonation token of this thread, for access checks.
 class Actor {
  public:
   Actor() {
@@ -49,7 +49,7 @@ class Actor {
 std::vector<BYTE> DescriptorOf(const std::wstring& path) {
   constexpr SECURITY_INFORMATION kParts =
       OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
-  // With the integrity level where the system has one.
+  // Includes the integrity level if the system has one.
   for (const SECURITY_INFORMATION parts : {kParts | LABEL_SECURITY_INFORMATION, kParts}) {
     DWORD size = 0;
     GetFileSecurityW(path.c_str(), parts, nullptr, 0, &size);
@@ -91,7 +91,7 @@ bool IsLink(const std::wstring& path) {
          found.dwReserved0 == IO_REPARSE_TAG_SYMLINK;
 }
 
-// Where a link leads. One that leads nowhere counts as one that nobody follows.
+// The target of a link. A dangling link counts as one that nobody follows.
 void LookUpLink(const std::wstring& path, FileRights& rights) {
   const UniqueFile file(OpenToLook(path, 0));
   std::array<wchar_t, 4096> target = {};
@@ -176,8 +176,8 @@ std::optional<std::string> ReadPart(const std::string& path, std::uint64_t offse
   return bytes;
 }
 
-// The system lets the owner do what the folder lets its makers do, which is everything wherever the
-// library may make anything.
+// The folder's rights for creators apply to the owner; where the library may make anything, these
+// are all rights.
 OwnRights RightsOfNew() { return {}; }
 
 bool IsMadeWhenMissing(const std::string& /*folder*/) { return false; }

@@ -23,7 +23,7 @@ namespace {
 // process, and one more in any process if an exception was thrown.
 std::array<std::atomic<HANDLE>, 16> semaphores;
 
-// Exchanges one `old` for `value` and returns whether there was one.
+// Replaces one entry `old` by `value`. False if there is none.
 bool Replace(HANDLE old, HANDLE value) {
   return std::any_of(semaphores.begin(), semaphores.end(), [=](std::atomic<HANDLE>& place) {
     HANDLE expected = old;
@@ -33,17 +33,17 @@ bool Replace(HANDLE old, HANDLE value) {
 
 // TLS indexes, stored plus one; 0 marks a free entry.
 //
-// The emulated thread-local storage, in which the runtime keeps the exceptions that a thread is
-// handling, takes an index at the first exception and never gives it back. A process has 1088 of
-// them: after about as many loads whose call met an exception the runtime ended the host.
+// The emulated thread-local storage, in which the runtime stores the exceptions that a thread is
+// handling, allocates an index at the first exception and never releases it. A process has 1088
+// indexes: after about as many loads whose call met an exception, the runtime ended the host.
 std::array<std::atomic<DWORD>, 8> tls_indexes;
 
 }  // namespace
 
 extern "C" {
 
-// The linker puts these functions in the place of the imports by which the runtime takes what it
-// does not give back (runtime_imports_*.ld).
+// The linker replaces the imports by which the runtime allocates what it does not release by these
+// functions (runtime_imports_*.ld).
 
 HANDLE WINAPI OpenRuntimeSemaphore(LPSECURITY_ATTRIBUTES security, LONG count, LONG most, LPCWSTR) {
   const HANDLE semaphore = CreateSemaphoreA(security, count, most, nullptr);
@@ -52,7 +52,7 @@ HANDLE WINAPI OpenRuntimeSemaphore(LPSECURITY_ATTRIBUTES security, LONG count, L
 }
 
 DWORD WINAPI OpenRuntimeTlsIndex() {
-  // A plain call would come back to this function.
+  // A plain call would call this function again.
   HMODULE system = nullptr;
   GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, "kernel32.dll", &system);
   const auto alloc = reinterpret_cast<void*>(GetProcAddress(system, "TlsAlloc"));
@@ -67,15 +67,15 @@ DWORD WINAPI OpenRuntimeTlsIndex() {
 // At load the 32-bit runtime looks for a shared copy of itself, libgcc_s_dw2-1.dll, in the process
 // and registers the DLL's unwind tables there if the host has loaded it. The DLL's own unwinder,
 // which is linked into it, then finds no handler for any exception, and the first one ends the
-// host. Seen with any 32-bit host that uses MinGW's shared runtime; the story of such a host plays
-// it. Of no use any more once the 32-bit compiler unwinds without registered tables.
+// host. This happens in every 32-bit host that uses MinGW's shared runtime; there is a story of
+// such a host. The repair can go once the 32-bit compiler unwinds without registered tables.
 HMODULE WINAPI FindSharedRuntime(LPCSTR /*name*/) { return nullptr; }
 
 decltype(&OpenRuntimeSemaphore) runtime_semaphore_import = OpenRuntimeSemaphore;
 decltype(&OpenRuntimeTlsIndex) runtime_tls_import = OpenRuntimeTlsIndex;
 decltype(&FindSharedRuntime) runtime_module_import = FindSharedRuntime;
 
-// The head of the runtime's own type.
+// The first members of the runtime's own type.
 struct RuntimeMutex {
   long counter;
   HANDLE semaphore;
@@ -84,16 +84,16 @@ struct RuntimeMutex {
 void __real___gthr_win32_mutex_destroy(RuntimeMutex* mutex);
 
 // The runtime does destroy the mutex of its memory for exceptions, but only after ReleaseRuntime
-// has closed the semaphore. Without this function, to which the linker leads that call (--wrap),
-// the handle would be closed a second time, when it may already be somebody else's.
+// has closed the semaphore. The linker redirects that call to this function (--wrap). Otherwise the
+// handle would be closed twice, when its number may already belong to another handle.
 void __wrap___gthr_win32_mutex_destroy(RuntimeMutex* mutex) {
   if (Replace(mutex->semaphore, nullptr)) __real___gthr_win32_mutex_destroy(mutex);
 }
 
 }  // extern "C"
 
-// Frees the memory that the runtime sets aside for exceptions at each load, for the case that there
-// is no other: one heap block, lost with each unload. Declared in no header of the runtime.
+// Frees the runtime's emergency memory for exceptions: one heap block, which each load allocates
+// and each unload would leak. No header of the runtime declares it.
 namespace __gnu_cxx {
 void __freeres() noexcept;
 }

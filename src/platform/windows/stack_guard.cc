@@ -1,7 +1,7 @@
-// What code with stack protection calls and compares with. MinGW builds only.
+// The guard value and the failure handler of stack protection. MinGW builds only.
 //
-// The compiler's own version of it opens a cryptographic provider as soon as the library is loaded.
-// That reads the registry and loads more DLLs, while the loader's lock is held.
+// The compiler's own version opens a cryptographic provider when the library is loaded. This reads
+// the registry and loads more DLLs, while the loader's lock is held.
 
 #include <cstdint>
 #include <cstdlib>
@@ -21,9 +21,9 @@ std::uintptr_t MakeGuard() {
                               static_cast<std::uint64_t>(count.QuadPart) ^
                               (static_cast<std::uint64_t>(GetCurrentProcessId()) << 16) ^
                               GetCurrentThreadId() ^ place;
-  // The product spreads what differs between two starts over the upper half.
+  // The product spreads the differences between two starts over the upper half.
   const std::uint64_t spread = mixed * 0x9E3779B97F4A7C15u;
-  // The zero byte ends whatever text runs over into the guard.
+  // The zero byte ends a text that overruns into the guard.
   return static_cast<std::uintptr_t>(spread ^ (spread >> 32)) << 8;
 }
 
@@ -33,7 +33,7 @@ extern "C" {
 
 std::uintptr_t __stack_chk_guard = MakeGuard();
 
-// The stack is not to be trusted here: no handler of the host may run on it.
+// The stack is corrupt: no handler of the host may run on it.
 [[noreturn]] void __stack_chk_fail() {
   TerminateProcess(GetCurrentProcess(), static_cast<UINT>(STATUS_STACK_BUFFER_OVERRUN));
   std::abort();
