@@ -8,8 +8,10 @@ work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT
 export XDG_DATA_HOME=$work/share
 
-sums=$(tools/package.sh "$build") again=$(umask 077 && tools/package.sh "$build/again")
-[[ $sums == "$again" ]] || { printf '%s\nin another build:\n%s\n' "$sums" "$again" && exit 1; }
+# The second build leaves out the DLL for 64 bits, whose sources and compiler are those of the other one.
+sums=$(tools/package.sh "$build")
+again=$(umask 077 && tools/package.sh "$build/again" linux windows-x86)
+[[ $(grep -v x64 <<< "$sums") == "$again" ]] || { printf '%s\nin another build:\n%s\n' "$sums" "$again" && exit 1; }
 
 for name in $(grep -o 'deviceid[-_][0-9][^`]*\(zip\|gz\|deb\)' docs/guide.md); do
     [[ -e $build/packages/$name ]] || { echo "the guide names $name" && exit 1; }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# package.sh [BUILD_FOLDER]: builds the library for all systems and puts the archives that users
+# package.sh [BUILD_FOLDER [PRESET...]]: builds the library for all systems and puts the archives that users
 # download into BUILD_FOLDER/packages, which is build/packages if none is named. The same sources give
 # the same archives, to the byte, whatever the folder is called. Their sums go to standard output.
 set -euo pipefail
@@ -7,8 +7,9 @@ cd "$(dirname "$0")/.."
 source tools/setup/packages.sh
 umask 022
 
-readonly presets=(linux windows-x86 windows-x64)
 build=$(realpath -m "${1:-build}")
+presets=("${@:2}")
+[[ ${#presets[@]} -gt 0 ]] || presets=(linux windows-x86 windows-x64)
 
 need_packages "${build_packages[@]}" "${windows_packages[@]}" "${package_packages[@]}"
 for preset in "${presets[@]}"; do

@@ -89,7 +89,7 @@ class Drawing {
 
  private:
   static constexpr const char* kTitle = "What the device id survives";
-  static constexpr const char* kSmall = "font-size=\"12\" fill=\"#52525b\"";
+  static constexpr const char* kSmall = R"(font-size="12" fill="#52525b")";
   static constexpr const char* kBold = "font-weight=\"600\"";
   static constexpr const char* kCentred = "text-anchor=\"middle\"";
 
@@ -104,7 +104,7 @@ class Drawing {
   }
 
   void DrawHead() {
-    body_ += Text(kMarginX, 42, "font-size=\"20\" font-weight=\"600\"", kTitle);
+    body_ += Text(kMarginX, 42, R"(font-size="20" font-weight="600")", kTitle);
     y_ = 68;
     if (matrix_.id) {
       body_ += Text(kMarginX, y_, "font-family=\"Consolas, Menlo, monospace\"", *matrix_.id);
@@ -116,7 +116,8 @@ class Drawing {
     if (matrix_.after_first_call) AddLines("The changes are those after the first call.");
     for (const auto& [change, effect] :
          matrix_.unchanged.simulated.value_or(std::vector<SimulatedChange>())) {
-      AddLines("With " + change + ": " + effect + ".");
+      std::string line = "With ";
+      AddLines(line.append(change).append(": ").append(effect).append("."));
     }
     y_ += kLineHeight;
   }
@@ -150,9 +151,9 @@ class Drawing {
   void DrawCell(int x, Fate fate, bool single) {
     const Look& look = LookOf(fate);
     const std::string frame =
-        single ? std::string(" stroke=\"") + look.ink + "\" stroke-width=\"1.5\"" : "";
+        single ? std::string(" stroke=\"") + look.ink + R"(" stroke-width="1.5")" : "";
     body_ += Rectangle(x + 3, y_ + 3, kCellWidth - 6, kCellHeight - 6,
-                       std::string("rx=\"4\" fill=\"") + look.fill + "\"" + frame);
+                       std::string(R"(rx="4" fill=")") + look.fill + "\"" + frame);
     body_ += Text(x + kCellWidth / 2, y_ + kCellHeight / 2 + 5,
                   std::string(kCentred) + " fill=\"" + look.ink + "\"", TextOf(fate));
   }
@@ -162,7 +163,7 @@ class Drawing {
     int x = kMarginX;
     for (const Fate fate : {Fate::kKept, Fate::kLost, Fate::kNoId}) {
       const Look& look = LookOf(fate);
-      body_ += Rectangle(x, y_ - 11, 14, 14, std::string("rx=\"3\" fill=\"") + look.fill + "\"");
+      body_ += Rectangle(x, y_ - 11, 14, 14, std::string(R"(rx="3" fill=")") + look.fill + "\"");
       body_ += Text(x + 20, y_, kSmall, std::string(TextOf(fate)) + ": " + look.meaning);
       x += fate == Fate::kKept ? 150 : 220;
     }

@@ -147,7 +147,8 @@ void AddChanges(std::string& text, const std::vector<SimulatedChange>& changes,
                 const std::string& then) {
   std::string label = "SIMULATED";
   for (const auto& [change, effect] : changes) {
-    AddHeadline(text, label, nullptr, Harmless(change + ": " + effect + "."));
+    std::string sentence = change;
+    AddHeadline(text, label, nullptr, Harmless(sentence.append(": ").append(effect).append(".")));
     label.assign(label.size(), ' ');
   }
   AddHeadline(text, label, nullptr, then + "Nothing is stored, and this machine stays as it is.");

@@ -210,7 +210,7 @@ std::string ZshOffer(const std::vector<Offer>& offers) {
   for (const auto& [word, help] : offers) {
     std::string escaped;
     for (const char c : word) escaped += c == ':' ? "\\:" : std::string(1, c);
-    text += "\n                " + Quoted(escaped + ":" + help, "'\\''");
+    text += "\n                " + Quoted(escaped.append(":").append(help), "'\\''");
   }
   return text + ")\n            _describe -V deviceid offers";
 }
