@@ -108,7 +108,8 @@ class RandomMachine : public ScriptedMachine {
     std::vector<std::string> words = {
         "--format=" + Pick<std::string>({"2.0", "2.0", "2.0", "2.0", "1.6", "1.5", "1.4", "1.0"})};
     std::vector<std::string> parts = {"volume", "product", "board", "network"};
-    if (OneIn(8)) words.emplace_back("account=ordinary");
+    // What an account cannot read is empty, also where the reading fails.
+    if (OneIn(8) && !failing_) words.emplace_back("account=ordinary");
     if (OneIn(8)) parts = {"volume", "network"};
     for (const std::string& part : parts) {
       // A value that fails to be read does so on the machine that really has another one, too.
@@ -132,9 +133,8 @@ class RandomMachine : public ScriptedMachine {
     if (kind == "days") ticks += std::stol(what) * 86400 * 10'000'000;
     if (kind == "restore") return Restore(what, values.at(0));
     if (kind == "account") {
-      Hide(L"Win32_ComputerSystemProduct", L"IdentifyingNumber");
-      Hide(L"Win32_BaseBoard", L"SerialNumber");
-      if (FindPrivilegedValues().uuid) Hide(L"Win32_ComputerSystemProduct", L"UUID");
+      for (const char* name : {"product", "board"}) SetPart(name, "");
+      if (FindPrivilegedValues().uuid) SetValue(L"Win32_ComputerSystemProduct", L"UUID", "");
     } else if (part == "network") {
       SetAddress(present, values.back());
     } else if (kind != "days") {
@@ -341,10 +341,6 @@ class RandomMachine : public ScriptedMachine {
   void SetValue(const std::wstring& class_text, const wchar_t* property, const std::string& value) {
     wmi[class_text].resize(std::max<std::size_t>(wmi[class_text].size(), 1));
     wmi[class_text][0][property] = std::wstring(value.begin(), value.end());
-  }
-
-  void Hide(const std::wstring& class_text, const wchar_t* property) {
-    for (auto& row : wmi[class_text]) row[property] = L"";
   }
 
   void SetPart(const std::string& part, const std::string& value) {

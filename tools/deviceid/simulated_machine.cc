@@ -150,6 +150,18 @@ std::string OtherValue(PartName part, std::string value) {
   return value;
 }
 
+ChangedValues ValuesHiddenFromAccounts() {
+  const auto privileged = system_info::FindPrivilegedValues();
+  ChangedValues hidden;
+  if (privileged.product) hidden[PartName::kProduct] = "";
+  if (privileged.board) hidden[PartName::kBoard] = "";
+  if (privileged.uuid) hidden[PartName::kUuid] = "";
+  if (hidden.empty()) {
+    throw Failure(kWrongUsage, "every account of this machine reads the same hardware values");
+  }
+  return hidden;
+}
+
 bool IsThere(const StoredFile& file) { return file.state != StoredFile::State::kMissing; }
 
 // Makes the folder and all that are missing above it.
@@ -266,20 +278,6 @@ std::string SimulatedMachine::ValueOf(PartName part) const {
   const auto found = std::find_if(values_.begin(), values_.end(),
                                   [part](const auto& value) { return value.name == part; });
   return found == values_.end() ? "" : found->text;
-}
-
-ChangedValues SimulatedMachine::ValuesHiddenFromAccounts() const {
-  const auto privileged = system_info::FindPrivilegedValues();
-  ChangedValues hidden;
-  if (privileged.product) hidden[PartName::kProduct] = "";
-  if (privileged.board) hidden[PartName::kBoard] = "";
-  if (privileged.uuid) hidden[PartName::kUuid] = "";
-  if (hidden.empty()) {
-    throw Failure(kWrongUsage, "every account of this machine reads the same hardware values");
-  }
-  // A reading that fails does so for every account.
-  std::erase_if(hidden, [&](const auto& value) { return ValueOf(value.first).empty(); });
-  return hidden;
 }
 
 void SimulatedMachine::PlanPart(const Change& change, Differences& differences) const {

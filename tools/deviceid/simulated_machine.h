@@ -59,7 +59,6 @@ class SimulatedMachine {
   void ReadValues();
   // The present value of a part, or empty.
   std::string ValueOf(system_info::PartName part) const;
-  system_info::ChangedValues ValuesHiddenFromAccounts() const;
 
   std::string format_;
   system_info::ChangedHardware hardware_;
