@@ -47,8 +47,8 @@ std::string AddressText(const IP_ADAPTER_INFO& adapter) {
   return overlay->AdapterAddress(FormatMacAddress(adapter.Address));
 }
 
-// The buffer for all texts of devices from the registry and SetupAPI. Its last byte stays zero, since
-// the registry does not promise a terminator.
+// The buffer for all texts of devices from the registry and SetupAPI. Its last byte stays zero,
+// since the registry does not promise a terminator.
 using DeviceText = std::array<char, kDeviceTextSize + 1>;
 
 bool ReadInstanceId(HDEVINFO devices, SP_DEVINFO_DATA& device, DeviceText& text) {
